@@ -1,0 +1,3 @@
+#include <KOVAMappingServices/ZANBaseUnknown.h>
+
+ZANComponent::~ZANComponent() = default;

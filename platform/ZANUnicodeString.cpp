@@ -1,0 +1,188 @@
+#include <KOVAMappingServices/ZANUnicodeString.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "platform/Utf8.h"
+
+ZANUnicodeString::ZANUnicodeString(const char* text)
+    : utf8_(text == nullptr ? std::string() : kova::utf8::Sanitize(text)) {}
+
+ZANUnicodeString::ZANUnicodeString(const char* text, std::size_t byteCount)
+    : utf8_(text == nullptr ? std::string() : kova::utf8::Sanitize(std::string_view(text, byteCount))) {}
+
+ZANUnicodeString::ZANUnicodeString(std::string_view text) : utf8_(kova::utf8::Sanitize(text)) {}
+
+ZANUnicodeString::ZANUnicodeString(const std::string& text) : utf8_(kova::utf8::Sanitize(text)) {}
+
+ZANUnicodeString::ZANUnicodeString(std::string&& text) {
+  if (kova::utf8::IsValid(text)) {
+    utf8_ = std::move(text);
+  } else {
+    utf8_ = kova::utf8::Sanitize(text);
+  }
+}
+
+ZANUnicodeString ZANUnicodeString::FromValidUTF8(std::string text) {
+  ZANUnicodeString s;
+  s.utf8_ = std::move(text);
+  return s;
+}
+
+int ZANUnicodeString::GetLengthInChar() const noexcept {
+  return static_cast<int>(kova::utf8::CountCodePoints(utf8_));
+}
+
+HRESULT ZANUnicodeString::ConvertToUTF8(char* buffer, std::size_t& length) const noexcept {
+  if (buffer == nullptr) {
+    length = utf8_.size();
+    return S_OK;
+  }
+  std::memcpy(buffer, utf8_.data(), utf8_.size());
+  buffer[utf8_.size()] = '\0';
+  return S_OK;
+}
+
+ZANUnicodeString ZANUnicodeString::SubString(int start, int count) const {
+  if (start < 0) start = 0;
+  if (count <= 0) return {};
+  const std::size_t begin = kova::utf8::OffsetOfCodePoint(utf8_, static_cast<std::size_t>(start));
+  const std::string_view rest = std::string_view(utf8_).substr(begin);
+  const std::size_t end = kova::utf8::OffsetOfCodePoint(rest, static_cast<std::size_t>(count));
+  return FromValidUTF8(std::string(rest.substr(0, end)));
+}
+
+namespace {
+
+// The printf conversion of a one-conversion format, after mapping the Windows length "I64" to
+// "ll"; '\0' when the format is not a single conversion with an optional literal text around it.
+struct Format {
+  std::string text;
+  char conversion = '\0';
+  int lengthLongs = 0;  // number of 'l' length modifiers
+};
+
+Format ParseFormat(const char* format) {
+  Format f;
+  if (format == nullptr) return f;
+  const std::string_view in(format);
+  bool seen = false;
+  for (std::size_t i = 0; i < in.size(); ++i) {
+    const char c = in[i];
+    if (c != '%') {
+      f.text.push_back(c);
+      continue;
+    }
+    if (i + 1 < in.size() && in[i + 1] == '%') {
+      f.text.append("%%");
+      ++i;
+      continue;
+    }
+    if (seen) return {};
+    seen = true;
+    f.text.push_back('%');
+    ++i;
+    while (i < in.size() && std::strchr("-+ #0", in[i]) != nullptr) f.text.push_back(in[i++]);
+    while (i < in.size() && in[i] >= '0' && in[i] <= '9') f.text.push_back(in[i++]);
+    if (i < in.size() && in[i] == '.') {
+      f.text.push_back(in[i++]);
+      while (i < in.size() && in[i] >= '0' && in[i] <= '9') f.text.push_back(in[i++]);
+    }
+    if (in.compare(i, 3, "I64") == 0) {
+      f.text.append("ll");
+      f.lengthLongs = 2;
+      i += 3;
+    } else {
+      while (i < in.size() && in[i] == 'l' && f.lengthLongs < 2) {
+        f.text.push_back('l');
+        ++f.lengthLongs;
+        ++i;
+      }
+    }
+    if (i >= in.size()) return {};
+    f.conversion = in[i];
+    f.text.push_back(in[i]);
+  }
+  if (!seen) return {};
+  return f;
+}
+
+bool IsIntegerConversion(char c) { return c == 'd' || c == 'i'; }
+bool IsUnsignedConversion(char c) { return c == 'u' || c == 'x' || c == 'X' || c == 'o'; }
+bool IsRealConversion(char c) { return std::strchr("fFeEgGaA", c) != nullptr && c != '\0'; }
+
+template <typename T>
+HRESULT Print(std::string& out, const std::string& format, T value) {
+  char small[64];
+  const int n = std::snprintf(small, sizeof small, format.c_str(), value);
+  if (n < 0) return ZAN_E_INVALIDARG;
+  if (static_cast<std::size_t>(n) < sizeof small) {
+    out.assign(small, static_cast<std::size_t>(n));
+    return S_OK;
+  }
+  std::string big(static_cast<std::size_t>(n) + 1, '\0');
+  std::snprintf(big.data(), big.size(), format.c_str(), value);
+  big.resize(static_cast<std::size_t>(n));
+  out = std::move(big);
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT ZANUnicodeString::BuildFromNum(int value, const char* format) {
+  const Format f = ParseFormat(format);
+  if (IsIntegerConversion(f.conversion) && f.lengthLongs == 0) return Print(utf8_, f.text, value);
+  if (IsUnsignedConversion(f.conversion) && f.lengthLongs == 0)
+    return Print(utf8_, f.text, static_cast<unsigned int>(value));
+  return BuildFromNum(static_cast<long long>(value), format);
+}
+
+HRESULT ZANUnicodeString::BuildFromNum(unsigned int value, const char* format) {
+  const Format f = ParseFormat(format);
+  if ((IsUnsignedConversion(f.conversion) || IsIntegerConversion(f.conversion)) && f.lengthLongs == 0)
+    return Print(utf8_, f.text, value);
+  return BuildFromNum(static_cast<unsigned long long>(value), format);
+}
+
+HRESULT ZANUnicodeString::BuildFromNum(long long value, const char* format) {
+  const Format f = ParseFormat(format);
+  if (f.conversion == '\0') return ZAN_E_INVALIDARG;
+  if (IsIntegerConversion(f.conversion) && f.lengthLongs == 2) return Print(utf8_, f.text, value);
+  if (IsUnsignedConversion(f.conversion) && f.lengthLongs == 2)
+    return Print(utf8_, f.text, static_cast<unsigned long long>(value));
+  if (IsRealConversion(f.conversion) && f.lengthLongs == 0)
+    return Print(utf8_, f.text, static_cast<double>(value));
+  return ZAN_E_INVALIDARG;
+}
+
+HRESULT ZANUnicodeString::BuildFromNum(unsigned long long value, const char* format) {
+  const Format f = ParseFormat(format);
+  if (f.conversion == '\0') return ZAN_E_INVALIDARG;
+  if ((IsUnsignedConversion(f.conversion) || IsIntegerConversion(f.conversion)) && f.lengthLongs == 2)
+    return Print(utf8_, f.text, value);
+  if (IsRealConversion(f.conversion) && f.lengthLongs == 0)
+    return Print(utf8_, f.text, static_cast<double>(value));
+  return ZAN_E_INVALIDARG;
+}
+
+HRESULT ZANUnicodeString::BuildFromNum(double value, const char* format) {
+  const Format f = ParseFormat(format);
+  if (IsRealConversion(f.conversion) && f.lengthLongs == 0) return Print(utf8_, f.text, value);
+  return ZAN_E_INVALIDARG;
+}
+
+ZANUnicodeString& ZANUnicodeString::Append(const ZANUnicodeString& other) {
+  utf8_.append(other.utf8_);
+  return *this;
+}
+
+ZANUnicodeString operator+(const ZANUnicodeString& a, const ZANUnicodeString& b) {
+  std::string joined;
+  joined.reserve(a.GetLengthInByte() + b.GetLengthInByte());
+  joined.append(a.View()).append(b.View());
+  return ZANUnicodeString::FromValidUTF8(std::move(joined));
+}
+
+ZANUnicodeString operator+(const ZANUnicodeString& a, const char* b) { return a + ZANUnicodeString(b); }
+
+ZANUnicodeString operator+(const char* a, const ZANUnicodeString& b) { return ZANUnicodeString(a) + b; }
