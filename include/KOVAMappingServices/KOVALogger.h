@@ -1,0 +1,37 @@
+// KOVALogger: the library's diagnostic channel.
+//
+// Callers test IsActive() first and call log only when it is true; log itself prints whenever it
+// is called. A line is "[PrdKOVALog]", then "[context]" when the context is not empty, then the
+// message, written to the standard output with a newline and flushed.
+#ifndef KOVAMAPPINGSERVICES_KOVALOGGER_H_
+#define KOVAMAPPINGSERVICES_KOVALOGGER_H_
+
+#include <KOVAMappingServices/KOVAExport.h>
+#include <KOVAMappingServices/ZANUnicodeString.h>
+
+class KOVAMappingInstance;
+class KOVAMappingReference;
+class KOVAMappingTable;
+
+class KOVA_EXPORT KOVALogger {
+ public:
+  KOVALogger() = default;
+  ~KOVALogger() = default;
+  KOVALogger(const KOVALogger&) = default;
+  KOVALogger& operator=(const KOVALogger&) = default;
+
+  // Whether "ActivateKOVALogger" existed in the environment at the first call (any value);
+  // the answer is kept for the life of the process.
+  static bool IsActive();
+  // Prints one diagnostic line.
+  static void log(ZANUnicodeString message, ZANUnicodeString context);
+
+  // One-line dump of an instance, ending in a newline.
+  static ZANUnicodeString ToString(KOVAMappingInstance& instance);
+  // Dump of a reference: its line, then its instances block when it has instances.
+  static ZANUnicodeString ToString(KOVAMappingReference& reference);
+  // Dump of a table: version line, references block, closing brace.
+  static ZANUnicodeString ToString(KOVAMappingTable& table);
+};
+
+#endif  // KOVAMAPPINGSERVICES_KOVALOGGER_H_

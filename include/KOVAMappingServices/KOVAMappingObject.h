@@ -1,0 +1,55 @@
+// KOVAMappingObject: the public handle of a mapping object.
+//
+// A handle holds nothing but a shared pointer to its private object and is never empty. Copy
+// construction shares the private object; assignment, deliberately, gives the target a fresh,
+// independent copy of the source's base private object.
+#ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGOBJECT_H_
+#define KOVAMAPPINGSERVICES_KOVAMAPPINGOBJECT_H_
+
+#include <KOVAMappingServices/KOVAExport.h>
+#include <KOVAMappingServices/KOVAMappingPrivateObject.h>
+#include <KOVAMappingServices/ZANUnicodeString.h>
+
+#include <memory>
+
+class KOVA_EXPORT KOVAMappingObject {
+ public:
+  KOVAMappingObject();
+  // A handle on a fresh copy of the given private object.
+  explicit KOVAMappingObject(const KOVAMappingPrivateObject& privateObject);
+  // Shares the source's private object.
+  KOVAMappingObject(const KOVAMappingObject& other);
+  // Replaces this handle's private object by a fresh copy of the source's (base part only).
+  KOVAMappingObject& operator=(const KOVAMappingObject& other);
+  virtual ~KOVAMappingObject();
+
+  ZANUnicodeString GetKOVAID() const;
+  ZANUnicodeString GetPlexoID() const;
+  ZANUnicodeString GetCustomData() const;
+  bool GetIsLocal() const;
+
+  KOVAMappingObject& SetKOVAID(const ZANUnicodeString& kovaId);
+  KOVAMappingObject& SetPlexoID(const ZANUnicodeString& plexoId);
+  KOVAMappingObject& SetCustomData(const ZANUnicodeString& customData);
+  KOVAMappingObject& SetKSStamp(const ZANUnicodeString& stamp);
+
+  bool isKSSComputedFromCEStamp() const;
+  bool isKSSComputedWithUnsetAttributes() const;
+
+  bool CompareKSS(const KOVAMappingObject& other) const;
+  bool CompareKSS(ZANUnicodeString stamp) const;
+
+  // Either-id identity of the private objects.
+  bool operator==(const KOVAMappingObject& other) const;
+
+ protected:
+  explicit KOVAMappingObject(std::shared_ptr<KOVAMappingPrivateObject> privateObject);
+  std::shared_ptr<KOVAMappingPrivateObject> GetPrivate() const;
+
+ private:
+  friend class KOVAMappingInstance;
+  friend class KOVAMappingReference;
+  std::shared_ptr<KOVAMappingPrivateObject> private_;
+};
+
+#endif  // KOVAMAPPINGSERVICES_KOVAMAPPINGOBJECT_H_

@@ -1,0 +1,66 @@
+// Private mapping objects: the data behind the public handles KOVAMappingObject,
+// KOVAMappingInstance and KOVAMappingReference. Reached from outside through KOVAPrivateAccess.
+#ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGPRIVATEOBJECT_H_
+#define KOVAMAPPINGSERVICES_KOVAMAPPINGPRIVATEOBJECT_H_
+
+#include <KOVAMappingServices/KOVAExport.h>
+#include <KOVAMappingServices/ZANStatus.h>
+#include <KOVAMappingServices/ZANUnicodeString.h>
+
+#include <cstdint>
+
+// One object of the external CAD system and the platform object it corresponds to.
+//
+// The stamp is always stored without a version prefix: SetKSStamp (and the stamp-taking
+// constructors) read the version carried by a versioned stamp text, store it as the KSS version
+// and keep the stripped text. An unversioned text leaves the KSS version as it was.
+class KOVA_EXPORT KOVAMappingPrivateObject {
+ public:
+  KOVAMappingPrivateObject();
+  KOVAMappingPrivateObject(ZANUnicodeString kovaId, ZANUnicodeString plexoId, ZANUnicodeString kssStamp);
+  KOVAMappingPrivateObject(ZANUnicodeString kovaId, ZANUnicodeString plexoId, ZANUnicodeString kssStamp,
+                           ZANUnicodeString customData, bool isLocal);
+  KOVAMappingPrivateObject(const KOVAMappingPrivateObject& other);
+  KOVAMappingPrivateObject& operator=(const KOVAMappingPrivateObject& other);
+  virtual ~KOVAMappingPrivateObject();
+
+  ZANUnicodeString GetKOVAID() const;
+  ZANUnicodeString GetPlexoID() const;
+  ZANUnicodeString GetKSStamp() const;
+  ZANUnicodeString GetCustomData() const;
+  bool GetIsLocal() const;
+  std::int32_t GetKSSVersion() const;
+
+  KOVAMappingPrivateObject& SetKOVAID(const ZANUnicodeString& kovaId);
+  KOVAMappingPrivateObject& SetPlexoID(const ZANUnicodeString& plexoId);
+  KOVAMappingPrivateObject& SetCustomData(const ZANUnicodeString& customData);
+  KOVAMappingPrivateObject& SetIsLocal(const bool& isLocal);
+  // Stores the number as given, unchecked.
+  KOVAMappingPrivateObject& SetKSSVersion(const std::int32_t& version);
+  KOVAMappingPrivateObject& SetKSStamp(const ZANUnicodeString& stamp);
+
+  // True exactly when the KSS version is 0.
+  bool isKSSComputedFromCEStamp() const;
+  // True exactly when the KSS version is greater than 1.
+  bool isKSSComputedWithUnsetAttributes() const;
+
+  // True when the stored stamps are equal.
+  bool CompareKSS(const KOVAMappingPrivateObject& other) const;
+  // True when the stored stamp equals stamp exactly (stamp is not version-stripped first).
+  bool CompareKSS(ZANUnicodeString stamp) const;
+
+  // Identity: equal kOVA ids, or else equal Plexo ids. Nothing else takes part.
+  bool operator==(const KOVAMappingPrivateObject& other) const;
+  // Orders by kOVA id followed by Plexo id, concatenated without separator.
+  bool operator<(const KOVAMappingPrivateObject& other) const;
+
+ private:
+  ZANUnicodeString kovaId_;
+  ZANUnicodeString plexoId_;
+  ZANUnicodeString kssStamp_;
+  ZANUnicodeString customData_;
+  bool isLocal_ = false;
+  std::int32_t kssVersion_ = 3;
+};
+
+#endif  // KOVAMAPPINGSERVICES_KOVAMAPPINGPRIVATEOBJECT_H_

@@ -1,0 +1,68 @@
+// KOVAMappingPrivateTable: the data behind a KOVAMappingTable.
+#ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGPRIVATETABLE_H_
+#define KOVAMAPPINGSERVICES_KOVAMAPPINGPRIVATETABLE_H_
+
+#include <KOVAMappingServices/KOVAExport.h>
+#include <KOVAMappingServices/KOVAMappingInstance.h>
+#include <KOVAMappingServices/KOVAMappingObject.h>
+#include <KOVAMappingServices/KOVAMappingReference.h>
+#include <KOVAMappingServices/ZANStatus.h>
+#include <KOVAMappingServices/ZANUnicodeString.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+class KOVA_EXPORT KOVAMappingPrivateTable : public std::enable_shared_from_this<KOVAMappingPrivateTable> {
+ public:
+  // An empty table of the current document version.
+  KOVAMappingPrivateTable();
+  // Copies the version and the reference handles (the copies share the private references).
+  KOVAMappingPrivateTable(const KOVAMappingPrivateTable& other);
+  // Assignment to itself copies the version only.
+  KOVAMappingPrivateTable& operator=(const KOVAMappingPrivateTable& other);
+  virtual ~KOVAMappingPrivateTable();
+
+  // The document version written by this process: 12, or 11 when "RollBackMappingVersion" was set
+  // when the library was loaded.
+  static std::int32_t GetCurrentVersion();
+
+  std::int32_t GetVersion() const;
+  // Stores the number unchecked.
+  KOVAMappingPrivateTable& SetVersion(const std::int32_t& version);
+
+  // Appends the reference unless one equal to it (either-id rule) is stored, or it is not local
+  // while the table already has a root: S_OK or E_FAIL.
+  HRESULT AddReference(KOVAMappingReference reference);
+  // Adds the instance to the stored reference equal to reference: that reference's status, or
+  // E_FAIL when no stored reference is equal.
+  HRESULT AddInstance(KOVAMappingInstance& instance, KOVAMappingReference reference);
+  // Removes the first stored reference equal to reference (with its instances).
+  HRESULT RemoveReference(KOVAMappingReference reference);
+  // Removes instance from the first stored reference equal to reference.
+  HRESULT RemoveInstance(KOVAMappingInstance& instance, KOVAMappingReference reference);
+
+  // Look-ups by exact id; the first match in table order is shared into out. E_FAIL leaves out
+  // untouched.
+  HRESULT GetReferenceFromKOVAId(ZANUnicodeString id, KOVAMappingReference& out);
+  HRESULT GetReferenceFromPlexoId(ZANUnicodeString id, KOVAMappingReference& out);
+  HRESULT GetInstanceFromKOVAId(ZANUnicodeString id, KOVAMappingInstance& out);
+  HRESULT GetInstanceFromPlexoId(ZANUnicodeString id, KOVAMappingInstance& out);
+
+  // The root is the first reference, in table order, that is not local.
+  HRESULT GetRootReference(KOVAMappingReference& out);
+  bool HasRootReference();
+
+  // The reference vector itself; callers may change it in place.
+  std::vector<KOVAMappingReference>& GetReferences();
+  // All instances, reference by reference.
+  std::vector<KOVAMappingInstance> GetInstances();
+  // Each reference followed by its instances, in table order.
+  std::vector<KOVAMappingObject> GetContent();
+
+ private:
+  std::int32_t version_;
+  std::vector<KOVAMappingReference> references_;
+};
+
+#endif  // KOVAMAPPINGSERVICES_KOVAMAPPINGPRIVATETABLE_H_

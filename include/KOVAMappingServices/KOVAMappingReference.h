@@ -1,0 +1,37 @@
+// KOVAMappingReference: the public handle of a mapping reference. Copies and assignments share
+// the private reference.
+#ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGREFERENCE_H_
+#define KOVAMAPPINGSERVICES_KOVAMAPPINGREFERENCE_H_
+
+#include <KOVAMappingServices/KOVAMappingInstance.h>
+#include <KOVAMappingServices/KOVAMappingObject.h>
+#include <KOVAMappingServices/ZANPLMID.h>
+
+#include <vector>
+
+class KOVAMappingPrivateReference;
+class KOVAPrivateAccess;
+
+class KOVA_EXPORT KOVAMappingReference : public KOVAMappingObject {
+ public:
+  KOVAMappingReference();
+  KOVAMappingReference(ZANUnicodeString kovaId, ZANUnicodeString plexoId, ZANUnicodeString kssStamp,
+                       ZANUnicodeString customData, bool isLocal);
+  KOVAMappingReference(ZANUnicodeString kovaId, ZANPLMID_Simple plmId, ZANUnicodeString kssStamp,
+                       ZANUnicodeString customData, bool isLocal);
+  KOVAMappingReference(const KOVAMappingReference& other);
+  KOVAMappingReference& operator=(const KOVAMappingReference& other);
+  ~KOVAMappingReference() override;
+
+  HRESULT AddInstance(KOVAMappingInstance instance);
+  HRESULT RemoveInstance(KOVAMappingInstance instance);
+  std::vector<KOVAMappingInstance>& GetInstances();
+
+ private:
+  friend class KOVAPrivateAccess;
+  // A handle on a fresh copy of the given private reference (its instance handles still share).
+  explicit KOVAMappingReference(KOVAMappingPrivateReference privateReference);
+  KOVAMappingPrivateReference* Private() const;
+};
+
+#endif  // KOVAMAPPINGSERVICES_KOVAMAPPINGREFERENCE_H_
