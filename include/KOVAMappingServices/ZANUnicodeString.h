@@ -17,6 +17,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <ostream>
 #include <string>
 #include <string_view>
 
@@ -92,6 +93,9 @@ class KOVA_EXPORT ZANUnicodeString {
 KOVA_EXPORT ZANUnicodeString operator+(const ZANUnicodeString& a, const ZANUnicodeString& b);
 KOVA_EXPORT ZANUnicodeString operator+(const ZANUnicodeString& a, const char* b);
 KOVA_EXPORT ZANUnicodeString operator+(const char* a, const ZANUnicodeString& b);
+
+// Writes the UTF-8 text (used by test frameworks and host diagnostics).
+inline std::ostream& operator<<(std::ostream& out, const ZANUnicodeString& s) { return out << s.View(); }
 
 template <>
 struct std::hash<ZANUnicodeString> {

@@ -1,0 +1,42 @@
+#include <KOVAMappingServices/KOVAMappingInstance.h>
+
+#include <KOVAMappingServices/KOVAMappingPrivateInstance.h>
+
+#include <utility>
+
+KOVAMappingInstance::KOVAMappingInstance() : KOVAMappingObject(std::make_shared<KOVAMappingPrivateInstance>()) {}
+
+KOVAMappingInstance::KOVAMappingInstance(ZANUnicodeString kovaId, ZANUnicodeString plexoId, ZANUnicodeString kssStamp,
+                                         ZANUnicodeString refId, ZANUnicodeString customData, bool isLocal)
+    : KOVAMappingObject(std::make_shared<KOVAMappingPrivateInstance>(std::move(kovaId), std::move(plexoId),
+                                                                     std::move(kssStamp), std::move(refId),
+                                                                     std::move(customData), isLocal)) {}
+
+KOVAMappingInstance::KOVAMappingInstance(ZANUnicodeString kovaId, ZANPLMID_Simple plmId, ZANUnicodeString kssStamp,
+                                         ZANUnicodeString refId, ZANUnicodeString customData, bool isLocal)
+    : KOVAMappingInstance(std::move(kovaId), plmId.GetLogicalId().ToString(), std::move(kssStamp), std::move(refId),
+                          std::move(customData), isLocal) {}
+
+KOVAMappingInstance::KOVAMappingInstance(KOVAMappingPrivateInstance privateInstance)
+    : KOVAMappingObject(std::make_shared<KOVAMappingPrivateInstance>(std::move(privateInstance))) {}
+
+KOVAMappingInstance::KOVAMappingInstance(const KOVAMappingInstance& other) = default;
+
+KOVAMappingInstance& KOVAMappingInstance::operator=(const KOVAMappingInstance& other) {
+  // Unlike the base handle's assignment, an instance handle shares what it is assigned.
+  if (this != &other) private_ = other.private_;
+  return *this;
+}
+
+KOVAMappingInstance::~KOVAMappingInstance() = default;
+
+ZANUnicodeString KOVAMappingInstance::GetRefID() const { return Private()->GetRefID(); }
+
+KOVAMappingInstance& KOVAMappingInstance::SetRefID(const ZANUnicodeString& refId) {
+  Private()->SetRefID(refId);
+  return *this;
+}
+
+KOVAMappingPrivateInstance* KOVAMappingInstance::Private() const {
+  return static_cast<KOVAMappingPrivateInstance*>(private_.get());
+}

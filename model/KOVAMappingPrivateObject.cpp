@@ -1,0 +1,94 @@
+#include <KOVAMappingServices/KOVAMappingPrivateObject.h>
+
+#include <KOVAMappingServices/KOVAKSSVersioning.h>
+
+#include <string>
+#include <utility>
+
+KOVAMappingPrivateObject::KOVAMappingPrivateObject() : customData_("") {}
+
+KOVAMappingPrivateObject::KOVAMappingPrivateObject(ZANUnicodeString kovaId, ZANUnicodeString plexoId,
+                                                   ZANUnicodeString kssStamp)
+    : kovaId_(std::move(kovaId)), plexoId_(std::move(plexoId)), customData_("") {
+  SetKSStamp(kssStamp);
+}
+
+KOVAMappingPrivateObject::KOVAMappingPrivateObject(ZANUnicodeString kovaId, ZANUnicodeString plexoId,
+                                                   ZANUnicodeString kssStamp, ZANUnicodeString customData,
+                                                   bool isLocal)
+    : kovaId_(std::move(kovaId)), plexoId_(std::move(plexoId)), customData_(std::move(customData)), isLocal_(isLocal) {
+  SetKSStamp(kssStamp);
+}
+
+KOVAMappingPrivateObject::KOVAMappingPrivateObject(const KOVAMappingPrivateObject& other) = default;
+KOVAMappingPrivateObject& KOVAMappingPrivateObject::operator=(const KOVAMappingPrivateObject& other) = default;
+KOVAMappingPrivateObject::~KOVAMappingPrivateObject() = default;
+
+ZANUnicodeString KOVAMappingPrivateObject::GetKOVAID() const { return kovaId_; }
+ZANUnicodeString KOVAMappingPrivateObject::GetPlexoID() const { return plexoId_; }
+ZANUnicodeString KOVAMappingPrivateObject::GetKSStamp() const { return kssStamp_; }
+ZANUnicodeString KOVAMappingPrivateObject::GetCustomData() const { return customData_; }
+bool KOVAMappingPrivateObject::GetIsLocal() const { return isLocal_; }
+std::int32_t KOVAMappingPrivateObject::GetKSSVersion() const { return kssVersion_; }
+
+KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetKOVAID(const ZANUnicodeString& kovaId) {
+  kovaId_ = kovaId;
+  return *this;
+}
+
+KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetPlexoID(const ZANUnicodeString& plexoId) {
+  plexoId_ = plexoId;
+  return *this;
+}
+
+KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetCustomData(const ZANUnicodeString& customData) {
+  customData_ = customData;
+  return *this;
+}
+
+KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetIsLocal(const bool& isLocal) {
+  isLocal_ = isLocal;
+  return *this;
+}
+
+KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetKSSVersion(const std::int32_t& version) {
+  kssVersion_ = version;
+  return *this;
+}
+
+KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetKSStamp(const ZANUnicodeString& stamp) {
+  const std::int32_t version = KOVAKSSVersioning::GetKSSVersion(stamp);
+  if (version >= 0) {
+    // A versioned text: keep the stripped stamp and the version it carries. An unversioned text
+    // leaves the version as it was.
+    kssStamp_ = KOVAKSSVersioning::GetKSSFromKSSWithVersion(stamp);
+    kssVersion_ = version;
+  } else {
+    kssStamp_ = stamp;
+  }
+  return *this;
+}
+
+bool KOVAMappingPrivateObject::isKSSComputedFromCEStamp() const { return kssVersion_ == 0; }
+
+bool KOVAMappingPrivateObject::isKSSComputedWithUnsetAttributes() const { return kssVersion_ > 1; }
+
+bool KOVAMappingPrivateObject::CompareKSS(const KOVAMappingPrivateObject& other) const {
+  return kssStamp_ == other.kssStamp_;
+}
+
+bool KOVAMappingPrivateObject::CompareKSS(ZANUnicodeString stamp) const { return kssStamp_ == stamp; }
+
+bool KOVAMappingPrivateObject::operator==(const KOVAMappingPrivateObject& other) const {
+  return kovaId_ == other.kovaId_ || plexoId_ == other.plexoId_;
+}
+
+bool KOVAMappingPrivateObject::operator<(const KOVAMappingPrivateObject& other) const {
+  std::string left;
+  left.reserve(kovaId_.GetLengthInByte() + plexoId_.GetLengthInByte());
+  left.append(kovaId_.View()).append(plexoId_.View());
+  std::string right;
+  right.reserve(other.kovaId_.GetLengthInByte() + other.plexoId_.GetLengthInByte());
+  right.append(other.kovaId_.View()).append(other.plexoId_.View());
+  return left < right;
+}

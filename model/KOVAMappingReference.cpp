@@ -1,0 +1,44 @@
+#include <KOVAMappingServices/KOVAMappingReference.h>
+
+#include <KOVAMappingServices/KOVAMappingPrivateReference.h>
+
+#include <utility>
+
+KOVAMappingReference::KOVAMappingReference() : KOVAMappingObject(std::make_shared<KOVAMappingPrivateReference>()) {}
+
+KOVAMappingReference::KOVAMappingReference(ZANUnicodeString kovaId, ZANUnicodeString plexoId,
+                                           ZANUnicodeString kssStamp, ZANUnicodeString customData, bool isLocal)
+    : KOVAMappingObject(std::make_shared<KOVAMappingPrivateReference>(
+          std::move(kovaId), std::move(plexoId), std::move(kssStamp), std::move(customData), isLocal)) {}
+
+KOVAMappingReference::KOVAMappingReference(ZANUnicodeString kovaId, ZANPLMID_Simple plmId, ZANUnicodeString kssStamp,
+                                           ZANUnicodeString customData, bool isLocal)
+    : KOVAMappingReference(std::move(kovaId), plmId.GetLogicalId().ToString(), std::move(kssStamp),
+                           std::move(customData), isLocal) {}
+
+KOVAMappingReference::KOVAMappingReference(KOVAMappingPrivateReference privateReference)
+    : KOVAMappingObject(std::make_shared<KOVAMappingPrivateReference>(std::move(privateReference))) {}
+
+KOVAMappingReference::KOVAMappingReference(const KOVAMappingReference& other) = default;
+
+KOVAMappingReference& KOVAMappingReference::operator=(const KOVAMappingReference& other) {
+  // Unlike the base handle's assignment, a reference handle shares what it is assigned.
+  if (this != &other) private_ = other.private_;
+  return *this;
+}
+
+KOVAMappingReference::~KOVAMappingReference() = default;
+
+HRESULT KOVAMappingReference::AddInstance(KOVAMappingInstance instance) {
+  return Private()->AddInstance(std::move(instance));
+}
+
+HRESULT KOVAMappingReference::RemoveInstance(KOVAMappingInstance instance) {
+  return Private()->RemoveInstance(std::move(instance));
+}
+
+std::vector<KOVAMappingInstance>& KOVAMappingReference::GetInstances() { return Private()->GetInstances(); }
+
+KOVAMappingPrivateReference* KOVAMappingReference::Private() const {
+  return static_cast<KOVAMappingPrivateReference*>(private_.get());
+}

@@ -1,0 +1,60 @@
+#include <KOVAMappingServices/KOVAMappingTable.h>
+
+#include <KOVAMappingServices/KOVAMappingPrivateTable.h>
+
+#include <utility>
+
+KOVAMappingTable::KOVAMappingTable() : private_(std::make_shared<KOVAMappingPrivateTable>()) {}
+
+KOVAMappingTable::KOVAMappingTable(const KOVAMappingTable& other) = default;
+
+KOVAMappingTable& KOVAMappingTable::operator=(const KOVAMappingTable& other) = default;
+
+KOVAMappingTable::~KOVAMappingTable() = default;
+
+HRESULT KOVAMappingTable::AddReference(KOVAMappingReference& reference) { return private_->AddReference(reference); }
+
+HRESULT KOVAMappingTable::AddInstance(KOVAMappingInstance& instance, KOVAMappingReference& reference) {
+  return private_->AddInstance(instance, reference);
+}
+
+HRESULT KOVAMappingTable::RemoveReference(KOVAMappingReference& reference) {
+  return private_->RemoveReference(reference);
+}
+
+HRESULT KOVAMappingTable::RemoveInstance(KOVAMappingInstance& instance, KOVAMappingReference& reference) {
+  return private_->RemoveInstance(instance, reference);
+}
+
+HRESULT KOVAMappingTable::GetReferenceFromKOVAId(ZANUnicodeString id, KOVAMappingReference& out) {
+  return private_->GetReferenceFromKOVAId(std::move(id), out);
+}
+
+HRESULT KOVAMappingTable::GetReferenceFromPlexoId(ZANUnicodeString id, KOVAMappingReference& out) {
+  return private_->GetReferenceFromPlexoId(std::move(id), out);
+}
+
+HRESULT KOVAMappingTable::GetInstanceFromKOVAId(ZANUnicodeString id, KOVAMappingInstance& out) {
+  return private_->GetInstanceFromKOVAId(std::move(id), out);
+}
+
+HRESULT KOVAMappingTable::GetInstanceFromPlexoId(ZANUnicodeString id, KOVAMappingInstance& out) {
+  return private_->GetInstanceFromPlexoId(std::move(id), out);
+}
+
+HRESULT KOVAMappingTable::GetRootReference(KOVAMappingReference& out) { return private_->GetRootReference(out); }
+
+bool KOVAMappingTable::HasRootReference() { return private_->HasRootReference(); }
+
+std::vector<KOVAMappingReference>& KOVAMappingTable::GetReferences() { return private_->GetReferences(); }
+
+std::vector<KOVAMappingInstance> KOVAMappingTable::GetInstances() { return private_->GetInstances(); }
+
+std::vector<KOVAMappingObject> KOVAMappingTable::GetContent() { return private_->GetContent(); }
+
+ZANBaseUnknown KOVAMappingTable::GetOwner() { return owner_; }
+
+KOVAMappingTable& KOVAMappingTable::SetOwner(const ZANBaseUnknown& owner) {
+  owner_ = owner;
+  return *this;
+}
