@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Installs the Debian packages needed to build and test KOVAMappingServices, when missing.
+# Idempotent and quiet when everything is present. Needs root (or sudo) only when installing.
+set -euo pipefail
+
+packages=(
+  g++ cmake ninja-build pkg-config
+  libsimdjson-dev rapidjson-dev libdeflate-dev libssl-dev
+  libcli11-dev
+  libgtest-dev libgmock-dev libbenchmark-dev zlib1g-dev openssl
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
+    missing+=("$p")
+  fi
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "Installing missing packages: ${missing[*]}"
+sudo_cmd=()
+if [ "$(id -u)" -ne 0 ]; then sudo_cmd=(sudo); fi
+export DEBIAN_FRONTEND=noninteractive
+"${sudo_cmd[@]}" apt-get update -qq
+"${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
