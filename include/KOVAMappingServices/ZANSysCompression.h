@@ -19,17 +19,18 @@ KOVA_EXPORT std::uint64_t ZANSysCompressBound(std::uint64_t sourceLength);
 // compressed length on return. ZANZ_E_INSUFFICIENTBUFFER when the capacity is too small,
 // ZANZ_E_OUTOFMEMORY when the compression state cannot be allocated, ZAN_E_INVALIDARG for a null
 // pointer with a non-zero length or a source length beyond the machine's addressable size. On any
-// failure destinationLength is 0 and the content of destination is unspecified.
+// failure destinationLength is 0 and destination holds nothing usable.
 KOVA_EXPORT HRESULT ZANSysCompress(const unsigned char* source, std::uint64_t sourceLength,
                                    unsigned char* destination, std::uint64_t& destinationLength);
 
 // Decompresses a zlib stream into destination of capacity destinationLength; on return
 // destinationLength is the length produced, which may be less than the capacity. Bytes after the
 // end of the stream are ignored. ZANZ_E_INSUFFICIENTBUFFER when the capacity is too small,
-// ZANZ_E_BADDATA for input that is not a complete zlib stream, ZANZ_E_OUTOFMEMORY when memory
+// ZANZ_E_BADDATA for input that is not a complete zlib stream (input cut short after it has
+// already filled the capacity may give ZANZ_E_INSUFFICIENTBUFFER), ZANZ_E_OUTOFMEMORY when memory
 // runs out, ZAN_E_INVALIDARG for a null pointer with a non-zero length or a source length beyond
-// the machine's addressable size. On any failure destinationLength is 0 and the content of
-// destination is unspecified.
+// the machine's addressable size. On any failure destinationLength is 0 and what destination holds
+// is not to be used.
 KOVA_EXPORT HRESULT ZANSysUncompress(const unsigned char* source, std::uint64_t sourceLength,
                                      unsigned char* destination, std::uint64_t& destinationLength);
 
