@@ -132,6 +132,7 @@ TEST(EnvelopeAllocationFailure, FailedCompressionStillBuildsTheEnvelope) {
   });
 }
 
+#if !defined(__SANITIZE_ADDRESS__)
 // Lowers the soft address-space limit for its lifetime.
 class AddressSpaceLimit {
  public:
@@ -151,7 +152,9 @@ class AddressSpaceLimit {
   bool applied_ = false;
 };
 
+// Address space of one large allocation: its header, rounded up to pages, and a page to spare.
 std::uint64_t Pages(std::uint64_t bytes) { return (bytes + 16 + 4095) / 4096 * 4096 + 4096; }
+#endif
 
 TEST(EnvelopeBase64Failure, FailedEncodingReturnsTheConverterStatusAndKeepsOut) {
 #if defined(__SANITIZE_ADDRESS__)
