@@ -1,0 +1,160 @@
+// The compressed envelope of a mapping document:
+//   "V" + document version ("%d") + ":" + UTF-8 byte size of the text ("%I64u") + ":" + payload,
+// where the payload is the base64 text of the zlib stream of the document's UTF-8 bytes.
+#include <KOVAMappingServices/KOVAMappingParser.h>
+
+#include <KOVAMappingServices/KOVALogger.h>
+#include <KOVAMappingServices/KOVAMappingPrivateTable.h>
+#include <KOVAMappingServices/QORSysServices.h>
+#include <KOVAMappingServices/ZANSysCompression.h>
+
+#include "serialisation/EnvelopePrefix.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr std::string_view kUncompressedSizeLabel = "UNCOMPRESSED SIZE IS: ";
+constexpr std::string_view kCompressedSizeLabel = "COMPRESSED SIZE IS: ";
+
+struct FreeDeleter {
+  void operator()(void* buffer) const noexcept { std::free(buffer); }
+};
+
+void Log(const ZANUnicodeString& message) {
+  if (KOVALogger::IsActive()) KOVALogger::log(message, ZANUnicodeString());
+}
+
+// The size lines keep the form their readers know: the label is shown from the position given by
+// the size onwards, and the number itself is not shown. A size beyond the label shows nothing.
+void LogSizeLine(std::string_view label, std::uint64_t size) {
+  if (!KOVALogger::IsActive()) return;
+  Log(size <= label.size() ? ZANUnicodeString(label.substr(static_cast<std::size_t>(size))) : ZANUnicodeString());
+}
+
+}  // namespace
+
+HRESULT KOVAMappingParser::CompressMT(const ZANUnicodeString& text, ZANUnicodeString& out, std::uint64_t& size) {
+  std::size_t length = 0;
+  text.ConvertToUTF8(nullptr, length);
+  // Working buffers are written in full before they are read: they are not cleared first.
+  auto utf8 = std::make_unique_for_overwrite<char[]>(length + 1);
+  text.ConvertToUTF8(utf8.get(), length);
+
+  std::uint64_t compressedLength = ZANSysCompressBound(length);
+  auto target = std::make_unique_for_overwrite<unsigned char[]>(compressedLength);
+  const HRESULT compression = ZANSysCompress(reinterpret_cast<const unsigned char*>(utf8.get()), length,
+                                             target.get(), compressedLength);
+  utf8.reset();
+  // A failed compression leaves an empty stream, which is still encoded below: the envelope is
+  // built all the same and only the log tells.
+  if (ZANFailed(compression)) Log("COMPRESSION FAILED");
+
+  size = length;
+  LogSizeLine(kUncompressedSizeLabel, size);
+  LogSizeLine(kCompressedSizeLabel, compressedLength);
+
+  char* base64 = nullptr;
+  const HRESULT status = QORSysConverter::ConvertToBase64(target.get(), compressedLength, base64);
+  if (ZANSucceeded(status)) {
+    const std::unique_ptr<char, FreeDeleter> encoded(base64);
+    target.reset();
+    // The base64 alphabet is ASCII, hence valid UTF-8.
+    out = encoded ? ZANUnicodeString::FromValidUTF8(std::string(encoded.get())) : ZANUnicodeString();
+  }
+  return status;
+}
+
+HRESULT KOVAMappingParser::CompressMTWithPrefix(const ZANUnicodeString& text, ZANUnicodeString& out) {
+  std::uint64_t size = 0;
+  const HRESULT status = CompressMT(text, out, size);
+
+  ZANUnicodeString version;
+  version.BuildFromNum(static_cast<int>(KOVAMappingPrivateTable::GetCurrentVersion()), "%d");
+  ZANUnicodeString sizeText;
+  sizeText.BuildFromNum(static_cast<unsigned long long>(size), "%I64u");
+  // The prefix goes in front whatever the status: when the encoding failed, out still holds what
+  // the caller had put in it.
+  out = "V" + version + ":" + sizeText + ":" + out;
+
+  Log("COMPRESSED STRING:");
+  Log(out);
+  return status;
+}
+
+std::uint64_t KOVAMappingParser::GetSizeRemovePrefix(ZANUnicodeString& text) {
+  // The narrow form of the text is its UTF-8 form: it is searched in place, without a copy.
+  const std::string_view narrow = text.View();
+  const std::optional<kova::EnvelopePrefixMatch> match = kova::FindEnvelopePrefix(narrow);
+  if (!match) return 0;
+
+  // The size digits are read from the fixed position 4 of the prefix up to its final ":", which
+  // assumes a two-digit version (V12:, V11:): with V9:1234: the size read is 234. std::stoi
+  // reads the leading digits of that window and throws std::invalid_argument when it starts with
+  // ":" or is empty, std::out_of_range above 2147483647; either leaves the text as it was.
+  const std::string_view prefix = narrow.substr(match->position, match->length);
+  const int declared = std::stoi(std::string(prefix.substr(4, prefix.size() - 5)));
+  const auto size = static_cast<std::uint64_t>(declared);
+
+  // The first characters of the text go, as many as the prefix is long, wherever the prefix was
+  // found; the prefix is ASCII, so its length in bytes is its length in characters.
+  const int removed = static_cast<int>(std::min<std::size_t>(match->length, INT_MAX));
+  text = text.SubString(removed, text.GetLengthInChar() - removed);
+  return size;
+}
+
+HRESULT KOVAMappingParser::DecompressMT(const ZANUnicodeString& payload, ZANUnicodeString& out,
+                                        std::uint64_t& size) {
+  unsigned char* decoded = nullptr;
+  std::uint64_t decodedLength = 0;
+  HRESULT status = QORSysConverter::ConvertFromBase64(payload.CastToCharPtr(), decoded, decodedLength);
+  if (ZANFailed(status)) return status;
+  std::unique_ptr<unsigned char, FreeDeleter> compressed(decoded);
+
+  // One target of exactly the declared size, not cleared: a prefix that declares far more than the
+  // payload holds costs address space, not memory, and no second pass is made.
+  auto target = std::make_unique_for_overwrite<unsigned char[]>(size);
+  std::uint64_t produced = size;
+  status = ZANSysUncompress(compressed.get(), decodedLength, target.get(), produced);
+  compressed.reset();
+
+  if (ZANFailed(status)) {
+    Log("DECOMPRESSION");
+    switch (status) {
+      case ZANZ_E_OUTOFMEMORY:
+        Log("ZANZ_E_OUTOFMEMORY");
+        break;
+      case ZANZ_E_INSUFFICIENTBUFFER:
+        Log("ZANZ_E_INSUFFICIENTBUFFER");
+        break;
+      case ZANZ_E_BADDATA:
+        Log("ZANZ_E_BADDATA");
+        break;
+      default:
+        break;
+    }
+    return status;
+  }
+
+  out = ZANUnicodeString(reinterpret_cast<const char*>(target.get()), static_cast<std::size_t>(produced));
+  target.reset();
+  Log("DECOMPRESSED STRING:");
+  Log(out);
+  return status;
+}
+
+HRESULT KOVAMappingParser::TryDecompressMT(ZANUnicodeString& text) {
+  std::uint64_t size = GetSizeRemovePrefix(text);
+  if (size == 0) return E_FAIL;
+  ZANUnicodeString result;
+  const HRESULT status = DecompressMT(text, result, size);
+  if (ZANSucceeded(status)) text = std::move(result);
+  return status;
+}
