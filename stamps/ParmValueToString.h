@@ -1,9 +1,8 @@
 // The text of an attribute value, as it goes into a stamp text and into the stamp log lines
-// (internal to the stamp computation; exported only so that the library's tests can call it).
+// (internal to the stamp computation; the unit tests compile it in to call it directly).
 #ifndef KOVA_STAMPS_PARMVALUETOSTRING_H_
 #define KOVA_STAMPS_PARMVALUETOSTRING_H_
 
-#include <KOVAMappingServices/KOVAExport.h>
 #include <KOVAMappingServices/ZANKnwParms.h>
 #include <KOVAMappingServices/ZANUnicodeString.h>
 
@@ -19,7 +18,7 @@ namespace kova::stamps {
 // element that is null or not a parameter, a first element without a type or of a list type.
 // A null parm, a null value object (of parm or of a list element) or a null parameter dictionary
 // raise ZANNullVarError. n has no effect on the text.
-KOVA_EXPORT ZANUnicodeString ParmValueToString(const ZANIKnwParm_var& parm, int n);
+ZANUnicodeString ParmValueToString(const ZANIKnwParm_var& parm, int n);
 
 }  // namespace kova::stamps
 
