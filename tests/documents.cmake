@@ -1,2 +1,8 @@
 # Mapping documents read with the diagnostic log on, their lines compared whole.
 kova_env_test(kova_document_reader_tests SOURCES env/DocumentReader_test.cpp SET ActivateKOVALogger)
+kova_env_test(kova_document_writer_tests SOURCES env/DocumentWriterSwitches_test.cpp
+              FILTER WriterRolledBack SET RollBackMappingVersion)
+kova_env_test(kova_document_writer_tests SOURCES env/DocumentWriterSwitches_test.cpp
+              FILTER WriterRolledBackAndCompressed SET RollBackMappingVersion IPLX_ACTIVATE_MAPPING_COMPRESSION)
+kova_env_test(kova_document_writer_tests SOURCES env/DocumentWriterSwitches_test.cpp
+              FILTER WriterCompressed SET IPLX_ACTIVATE_MAPPING_COMPRESSION)

@@ -237,6 +237,21 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"v6_refinstances_not_object.json", E_FAIL, true, Table(6, {}), {kInput, kDump}, {}},
         Case{"v6_no_references.json", E_FAIL, true, Table(6, {}), {kInput, kDump}, {}}));
 
+TEST(DocumentWriterLog, WriterLogsTheGeneratedDocument) {
+  KOVAMappingTable table;
+  KOVAMappingReference reference("R1", "P1", "V2:AB", "null", false);
+  ASSERT_EQ(table.AddReference(reference), S_OK);
+  StdoutCapture capture;
+  const ZANUnicodeString document = KOVAMappingParser::TranslateToString(table);
+  const std::vector<std::string> records = Records(capture.Stop());
+  ASSERT_EQ(records.size(), 1u);
+  EXPECT_EQ(records[0].substr(0, records[0].find('\n')), kTag + "[JSON generated from MappingTable]{");
+  // The logged text is the same document, indented.
+  ZANOmxJsonObject logged;
+  ASSERT_EQ(logged.LoadFromString(ZANUnicodeString(records[0].substr(records[0].find('{')))), S_OK);
+  EXPECT_EQ(logged.ToString(), document);
+}
+
 TEST(DocumentReaderLog, VersionStringKeepsTheEarlierVersion) {
   KOVAMappingTable table;
   KOVAPrivateAccess::GetPrivate(table)->SetVersion(8);
