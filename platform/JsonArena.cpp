@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <new>
 
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
 namespace kova::json {
 
 namespace {
@@ -11,20 +15,73 @@ namespace {
 constexpr std::size_t kMaxChunkSize = std::size_t{8} << 20;
 constexpr std::size_t kHeaderSize = 2 * alignof(std::max_align_t);
 
+#if defined(__linux__)
+// Chunks of at least this size are mapped directly, aligned on it, and offered to the kernel
+// for huge pages: a large document then costs a few page faults instead of thousands.
+constexpr std::size_t kHugePage = std::size_t{2} << 20;
+
+void* MapHuge(std::size_t size) {
+  const std::size_t span = size + kHugePage;
+  void* mapped = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (mapped == MAP_FAILED) throw std::bad_alloc();
+  const auto base = reinterpret_cast<std::uintptr_t>(mapped);
+  const std::uintptr_t start = (base + kHugePage - 1) & ~(kHugePage - 1);
+  const std::size_t head = start - base;
+  const std::size_t tail = span - head - size;
+  if (head != 0) munmap(mapped, head);
+  if (tail != 0) munmap(reinterpret_cast<void*>(start + size), tail);
+  madvise(reinterpret_cast<void*>(start), size, MADV_HUGEPAGE);
+  return reinterpret_cast<void*>(start);
+}
+#endif
+
+void* AllocateChunk(std::size_t& size) {
+#if defined(__linux__)
+  if (size >= kHugePage) {
+    size = (size + kHugePage - 1) & ~(kHugePage - 1);
+    return MapHuge(size);
+  }
+#endif
+  return ::operator new(size);
+}
+
+void FreeChunk(void* chunk, std::size_t size) noexcept {
+#if defined(__linux__)
+  if (size >= kHugePage) {
+    munmap(chunk, size);
+    return;
+  }
+#endif
+  (void)size;
+  ::operator delete(chunk);
+}
+
 }  // namespace
+
+void AdviseHugePages(const void* buffer, std::size_t bytes) noexcept {
+#if defined(__linux__)
+  constexpr std::uintptr_t kPage = 4096;
+  const auto begin = (reinterpret_cast<std::uintptr_t>(buffer) + kPage - 1) & ~(kPage - 1);
+  const auto end = (reinterpret_cast<std::uintptr_t>(buffer) + bytes) & ~(kPage - 1);
+  if (end >= begin + kHugePage) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+#else
+  (void)buffer;
+  (void)bytes;
+#endif
+}
 
 Arena::~Arena() {
   Chunk* chunk = head_;
   while (chunk != nullptr) {
     Chunk* next = chunk->next;
-    ::operator delete(static_cast<void*>(chunk));
+    FreeChunk(chunk, chunk->size);
     chunk = next;
   }
 }
 
 void Arena::NewChunk(std::size_t minimum) {
-  const std::size_t size = std::max(minimum + kHeaderSize, nextSize_);
-  void* memory = ::operator new(size);
+  std::size_t size = std::max(minimum + kHeaderSize, nextSize_);
+  void* memory = AllocateChunk(size);
   Chunk* chunk = static_cast<Chunk*>(memory);
   chunk->next = head_;
   chunk->size = size;

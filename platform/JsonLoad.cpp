@@ -1,5 +1,6 @@
 #include "platform/JsonLoad.h"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -10,12 +11,30 @@ namespace kova::json {
 
 namespace {
 
-// Texts up to this size are parsed with parsers and buffers kept by the thread between loads;
-// larger ones get their own, freed at the end of the load, so that a thread does not hold the
-// memory of its largest document forever.
-constexpr std::size_t kReusableTextSize = std::size_t{1} << 20;
+// The thread keeps its parsers and buffers between loads, sized for the last text it loaded.
+// A text much smaller than what they were sized for gets fresh ones, so that memory taken for a
+// large document is handed back once the thread loads ordinary ones again. Texts beyond
+// kMaxKeptTextSize never use the kept ones.
+constexpr std::size_t kMaxKeptTextSize = std::size_t{64} << 20;
+constexpr std::size_t kShrinkFactor = 4;
+constexpr std::size_t kAlwaysKeptSize = std::size_t{1} << 20;
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+bool MayPrecedeNumber(char c) noexcept {
+  return c == ':' || c == '[' || c == ',' || c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+bool MayFollowNumber(char c) noexcept {
+  return c == ',' || c == ']' || c == '}' || c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+// True when "-0" stands at position at of text where a number token can stand (after a value
+// separator or blank, before one or at the end).
+bool IsNegativeZeroAt(std::string_view text, std::size_t at) noexcept {
+  return at + 1 < text.size() && text[at + 1] == '0' && (at == 0 || MayPrecedeNumber(text[at - 1])) &&
+         (at + 2 == text.size() || MayFollowNumber(text[at + 2]));
+}
 
 // Parsers and the padded copy of the text that simdjson reads.
 struct Workspace {
@@ -23,28 +42,54 @@ struct Workspace {
   std::unique_ptr<simdjson::ondemand::parser> tokens;
   std::unique_ptr<char[]> buffer;
   std::size_t bufferSize = 0;
+  // Whether the text last padded may hold the number token -0 (see BuildFromDom).
+  bool mayHoldNegativeZero = false;
 
-  // text copied into the buffer, followed by SIMDJSON_PADDING zero bytes.
+  // text copied into the buffer, followed by SIMDJSON_PADDING zero bytes. The copy goes by
+  // blocks that are searched for "-0" while they are in cache.
   std::string_view Pad(std::string_view text) {
     const std::size_t needed = text.size() + simdjson::SIMDJSON_PADDING;
     if (bufferSize < needed) {
       buffer.reset();
       buffer = std::make_unique_for_overwrite<char[]>(needed);
       bufferSize = needed;
+      AdviseHugePages(buffer.get(), needed);
     }
-    std::memcpy(buffer.get(), text.data(), text.size());
-    std::memset(buffer.get() + text.size(), 0, simdjson::SIMDJSON_PADDING);
-    return {buffer.get(), text.size()};
+    constexpr std::size_t kBlock = std::size_t{64} << 10;
+    char* const to = buffer.get();
+    mayHoldNegativeZero = false;
+    for (std::size_t begin = 0; begin < text.size(); begin += kBlock) {
+      const std::size_t n = std::min(kBlock, text.size() - begin);
+      std::memcpy(to + begin, text.data() + begin, n);
+      const char* p = to + begin;
+      const char* const end = p + n;
+      while (!mayHoldNegativeZero && p < end) {
+        const void* hit = std::memchr(p, '-', static_cast<std::size_t>(end - p));
+        if (hit == nullptr) break;
+        const char* minus = static_cast<const char*>(hit);
+        mayHoldNegativeZero = IsNegativeZeroAt(text, static_cast<std::size_t>(minus - to));
+        p = minus + 1;
+      }
+    }
+    std::memset(to + text.size(), 0, simdjson::SIMDJSON_PADDING);
+    return {to, text.size()};
   }
 
   // The On-Demand parser, ready for size bytes. Its depth limit only applies to builds with
-  // simdjson's development checks; the walk enforces kMaxDepth itself in every build.
+  // simdjson's development checks, and is kept above what the walk, which enforces kMaxDepth
+  // itself in every build, lets it reach (the document itself counts as one level).
   simdjson::ondemand::parser* Tokens(std::size_t size) {
+    constexpr std::size_t kParserDepth = kMaxDepth + 2;
     if (!tokens) tokens = std::make_unique<simdjson::ondemand::parser>();
-    if (tokens->capacity() < size || tokens->max_depth() != kMaxDepth) {
-      if (tokens->allocate(size, kMaxDepth) != simdjson::SUCCESS) return nullptr;
+    if (tokens->capacity() < size || tokens->max_depth() != kParserDepth) {
+      if (tokens->allocate(size, kParserDepth) != simdjson::SUCCESS) return nullptr;
     }
     return tokens.get();
+  }
+
+  // True when the workspace was sized for texts much larger than size.
+  bool OversizedFor(std::size_t size) const noexcept {
+    return bufferSize > kAlwaysKeptSize && bufferSize / kShrinkFactor > size;
   }
 };
 
@@ -57,15 +102,21 @@ bool IsAllBlank(std::string_view text) noexcept {
 
 HRESULT Parse(Workspace& work, std::string_view text, std::shared_ptr<Document>& out) {
   const std::string_view padded = work.Pad(text);
-  if (work.dom.capacity() < padded.size() || work.dom.max_depth() != kMaxDepth) {
-    if (work.dom.allocate(padded.size(), kMaxDepth) != simdjson::SUCCESS) return E_FAIL;
+  // The parser refuses nesting that reaches its depth limit.
+  constexpr std::size_t kParserDepth = kMaxDepth + 1;
+  if (work.dom.capacity() < padded.size() || work.dom.max_depth() != kParserDepth) {
+    if (work.dom.allocate(padded.size(), kParserDepth) != simdjson::SUCCESS) return E_FAIL;
+    // The parser's buffers, at sizes they are known to have at least.
+    AdviseHugePages(work.dom.doc.tape.get(), padded.size() * sizeof(std::uint64_t));
+    AdviseHugePages(work.dom.doc.string_buf.get(), padded.size() * 5 / 3);
+    AdviseHugePages(work.dom.implementation->structural_indexes.get(), padded.size() * sizeof(std::uint32_t));
   }
   simdjson::dom::element top;
   const simdjson::error_code error = work.dom.parse(padded.data(), padded.size(), false).get(top);
   switch (error) {
     case simdjson::SUCCESS: {
       auto doc = std::make_shared<Document>(NodeKind::Object);
-      if (BuildFromDom(top, padded, *doc) == DomBuild::Done) {
+      if (BuildFromDom(work.dom.doc, padded, work.mayHoldNegativeZero, *doc) == DomBuild::Done) {
         out = std::move(doc);
         return S_OK;
       }
@@ -96,9 +147,13 @@ HRESULT LoadDocument(std::string_view text, std::shared_ptr<Node>& root) {
     std::shared_ptr<Document> doc;
     if (IsAllBlank(text)) {
       doc = std::make_shared<Document>(NodeKind::Object);
-    } else if (text.size() <= kReusableTextSize) {
-      thread_local Workspace reusable;
-      const HRESULT status = Parse(reusable, text, doc);
+    } else if (text.size() <= kMaxKeptTextSize) {
+      thread_local std::unique_ptr<Workspace> kept;
+      if (!kept || kept->OversizedFor(text.size())) {
+        kept.reset();
+        kept = std::make_unique<Workspace>();
+      }
+      const HRESULT status = Parse(*kept, text, doc);
       if (ZANFailed(status)) return status;
     } else {
       Workspace own;

@@ -1,4 +1,4 @@
-// Building the value tree from simdjson's DOM tape.
+// Building the value tree from the tape of a simdjson DOM parse.
 #include <charconv>
 #include <cstring>
 #include <vector>
@@ -9,165 +9,189 @@ namespace kova::json {
 
 namespace {
 
-using simdjson::dom::element;
-using simdjson::dom::element_type;
-
 // DOM objects and arrays report this size when they hold this many children or more.
 constexpr std::size_t kSaturatedSize = 0xFFFFFF;
 
-// True when text may hold the integer token "-0" outside strings: a '-' followed by '0' and by
-// something that cannot continue a number. The tape stores it as the integer 0, which would
-// lose its sign when written back. Occurrences inside strings only cost a slower load.
-bool MayHoldNegativeZero(std::string_view text) noexcept {
-  const char* p = text.data();
-  const char* const end = p + text.size();
-  while (p < end) {
-    const void* hit = std::memchr(p, '-', static_cast<std::size_t>(end - p));
-    if (hit == nullptr) return false;
-    const char* minus = static_cast<const char*>(hit);
-    if (minus + 1 < end && minus[1] == '0') {
-      if (minus + 2 == end) return true;
-      const char next = minus[2];
-      const bool continues = (next >= '0' && next <= '9') || next == '.' || next == 'e' || next == 'E';
-      if (!continues) return true;
-    }
-    p = minus + 1;
-  }
-  return false;
-}
-
-class DomBuilder {
+// Walks the tape of a parse: one pass, in document order, with an explicit stack of the open
+// containers. Tape entries are 64-bit words: a type character in the top byte and a payload
+// below it (see simdjson's tape documentation).
+class TapeBuilder {
  public:
-  explicit DomBuilder(Document& doc) : doc_(doc) { pending_.reserve(64); }
+  TapeBuilder(const simdjson::dom::document& parsed, Document& doc)
+      : tape_(parsed.tape.get()), strings_(parsed.string_buf.get()), doc_(doc), keys_(doc.arena) {
+    open_.reserve(64);
+  }
 
-  // Stores e into slot; containers are queued to be filled later. False for a number whose
-  // text the tape does not keep.
-  bool Store(const element& e, Value* slot) {
-    switch (e.type()) {
-      case element_type::OBJECT:
-        *slot = Queue(e, NodeKind::Object);
-        return true;
-      case element_type::ARRAY:
-        *slot = Queue(e, NodeKind::Array);
-        return true;
-      case element_type::INT64: {
-        const std::int64_t i = e.get_int64().value_unsafe();
-        sawZero_ |= i == 0;
-        *slot = Value::MakeInteger(i);
-        return true;
+  // Stores the value at tape index i into slot and returns the index after it, or 0 for a
+  // number whose text the tape does not keep. A container is opened: its node is pushed and
+  // the returned index is that of its first child.
+  std::size_t Store(std::size_t i, Value* slot) {
+    const std::uint64_t word = tape_[i];
+    switch (static_cast<char>(word >> 56)) {
+      case '"': {
+        const std::string_view s = StringAt(word);
+        *slot = Value::MakeText(Kind::String, CopyString(s), static_cast<std::uint32_t>(s.size()));
+        return i + 1;
       }
-      case element_type::UINT64: {
+      case 'l': {
+        const auto value = static_cast<std::int64_t>(tape_[i + 1]);
+        sawZero_ |= value == 0;
+        *slot = Value::MakeInteger(value);
+        return i + 2;
+      }
+      case 'u': {
         // Above the int64 range; JSON integer tokens have no leading zeros or plus sign, so the
         // decimal form of the value is the token.
         char buffer[24];
-        const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, e.get_uint64().value_unsafe());
+        const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, tape_[i + 1]);
         (void)ec;
         const std::string_view text(buffer, static_cast<std::size_t>(end - buffer));
         *slot = Value::MakeText(Kind::Number, doc_.arena.CopyText(text), static_cast<std::uint32_t>(text.size()));
-        return true;
+        return i + 2;
       }
-      case element_type::DOUBLE:
-        return false;
-      case element_type::STRING: {
-        const std::string_view s = e.get_string().value_unsafe();
-        *slot = Value::MakeText(Kind::String, doc_.arena.CopyText(s), static_cast<std::uint32_t>(s.size()));
-        return true;
-      }
-      case element_type::BOOL:
-        *slot = Value::MakeBoolean(e.get_bool().value_unsafe());
-        return true;
-      case element_type::NULL_VALUE:
+      case 'd':
+        return 0;
+      case 't':
+        *slot = Value::MakeBoolean(true);
+        return i + 1;
+      case 'f':
+        *slot = Value::MakeBoolean(false);
+        return i + 1;
+      case 'n':
         *slot = Value::MakeNull();
-        return true;
+        return i + 1;
+      case '{': {
+        Node* node = doc_.NewNode(NodeKind::Object);
+        *slot = Value::MakeNode(node, Kind::Object);
+        Open(node, word);
+        return i + 1;
+      }
+      case '[': {
+        Node* node = doc_.NewNode(NodeKind::Array);
+        *slot = Value::MakeNode(node, Kind::Array);
+        Open(node, word);
+        return i + 1;
+      }
+      default:
+        break;
     }
-    return false;
+    return 0;
   }
 
-  void QueueRoot(const element& e, Node* root) { pending_.push_back({e, root}); }
+  void Open(Node* node, std::uint64_t word) {
+    // Child count, saturated at kSaturatedSize; beyond it the node grows as children come.
+    node->Reserve(static_cast<std::uint32_t>((word >> 32) & kSaturatedSize));
+    const std::size_t depth = open_.size();
+    if (lastObjects_.size() <= depth) lastObjects_.resize(depth + 1, nullptr);
+    open_.push_back({node, node->IsObject() ? lastObjects_[depth] : nullptr, 0});
+  }
 
-  // Fills the queued containers, children before later siblings' children. False as Store.
-  bool Drain() {
-    while (!pending_.empty()) {
-      const Pending job = pending_.back();
-      pending_.pop_back();
-      if (!Fill(job)) return false;
+  // Fills the open containers from tape index i on; returns the index after the last one closed,
+  // or 0 as Store.
+  std::size_t Walk(std::size_t i) {
+    while (!open_.empty()) {
+      Frame& frame = open_.back();
+      Node* node = frame.node;
+      const char type = static_cast<char>(tape_[i] >> 56);
+      if (type == '}' || type == ']') {
+        if (type == '}') lastObjects_[open_.size() - 1] = node;
+        open_.pop_back();
+        ++i;
+        continue;
+      }
+      Value* slot = nullptr;
+      if (node->kind == NodeKind::Object) {
+        // A repeated key gets the slot of its first appearance: the last value wins.
+        const std::string_view key = StringAt(tape_[i]);
+        slot = node->UpsertInterned(key, KeyOf(frame, key));
+        ++i;
+      } else {
+        slot = node->Append();
+      }
+      i = Store(i, slot);
+      if (i == 0) return 0;
     }
-    return true;
+    return i;
   }
 
   bool SawZero() const noexcept { return sawZero_; }
 
  private:
-  struct Pending {
-    element from;
-    Node* to;
+  struct Frame {
+    Node* node;
+    // The last object closed at the same depth: objects of a document tend to repeat the keys of
+    // the one before them, in the same order.
+    const Node* model;
+    std::uint32_t keys;  // keys read so far (objects)
   };
 
-  Value Queue(const element& e, NodeKind kind) {
-    Node* node = doc_.NewNode(kind);
-    pending_.push_back({e, node});
-    return Value::MakeNode(node, kind == NodeKind::Object ? Kind::Object : Kind::Array);
+  // The stored form of the next key of the object of frame: the model's key at that place when
+  // it is the same, else the interned key.
+  const char* KeyOf(Frame& frame, std::string_view key) {
+    const std::uint32_t at = frame.keys++;
+    if (frame.model != nullptr && at < frame.model->size) {
+      const Member& guess = frame.model->members[at];
+      if (guess.keyLength == key.size() && SameBytes(guess.key, key.data(), key.size())) return guess.key;
+    }
+    return keys_.Intern(key);
   }
 
-  bool Fill(const Pending& job) {
-    Node& node = *job.to;
-    if (node.kind == NodeKind::Object) {
-      const simdjson::dom::object object = job.from.get_object().value_unsafe();
-      std::size_t count = object.size();
-      if (count >= kSaturatedSize) {
-        count = 0;
-        for (auto it = object.begin(); it != object.end(); ++it) ++count;
-      }
-      node.Reserve(static_cast<std::uint32_t>(count));
-      for (auto it = object.begin(), end = object.end(); it != end; ++it) {
-        // A repeated key gets the slot of its first appearance: the last value wins.
-        Value* slot = node.Upsert(it.key(), true);
-        if (!Store(it.value(), slot)) return false;
-      }
-      return true;
-    }
-    const simdjson::dom::array array = job.from.get_array().value_unsafe();
-    std::size_t count = array.size();
-    if (count >= kSaturatedSize) {
-      count = 0;
-      for (auto it = array.begin(); it != array.end(); ++it) ++count;
-    }
-    node.Reserve(static_cast<std::uint32_t>(count));
-    for (const element child : array) {
-      if (!Store(child, node.Append())) return false;
-    }
-    return true;
+  // A copy of a string of the tape in the arena. The string buffer of the parse is padded, so
+  // short strings are copied by whole 32-byte blocks.
+  const char* CopyString(std::string_view s) {
+    const std::size_t n = s.size();
+    if (n > kBlockCopyLimit) return doc_.arena.CopyText(s);
+    doc_.arena.Reserve(n + kBlock);
+    char* to = doc_.arena.FreeBegin();
+    for (std::size_t k = 0; k < n; k += kBlock) std::memcpy(to + k, s.data() + k, kBlock);
+    doc_.arena.Commit(n);
+    return to;
   }
 
+  static constexpr std::size_t kBlock = 32;
+  static constexpr std::size_t kBlockCopyLimit = 256;
+
+  // The string of a string entry: a 32-bit length, then the bytes, in the string buffer.
+  std::string_view StringAt(std::uint64_t word) const noexcept {
+    const std::uint8_t* at = strings_ + (word & simdjson::internal::JSON_VALUE_MASK);
+    std::uint32_t length;
+    std::memcpy(&length, at, sizeof length);
+    return {reinterpret_cast<const char*>(at + sizeof length), length};
+  }
+
+  const std::uint64_t* tape_;
+  const std::uint8_t* strings_;
   Document& doc_;
-  std::vector<Pending> pending_;
+  KeyTable keys_;
+  std::vector<Frame> open_;
+  std::vector<const Node*> lastObjects_;
   bool sawZero_ = false;
 };
 
 }  // namespace
 
-DomBuild BuildFromDom(const element& top, std::string_view text, Document& doc) {
+DomBuild BuildFromDom(const simdjson::dom::document& parsed, std::string_view text, bool mayHoldNegativeZero,
+                      Document& doc) {
   doc.arena.SizeHint(text.size());
-  DomBuilder builder(doc);
-  switch (top.type()) {
-    case element_type::OBJECT:
-      doc.root.kind = NodeKind::Object;
-      builder.QueueRoot(top, &doc.root);
-      break;
-    case element_type::ARRAY:
-      doc.root.kind = NodeKind::Array;
-      builder.QueueRoot(top, &doc.root);
-      break;
-    default:
-      doc.root.kind = NodeKind::Scalar;
-      doc.root.elements = doc.arena.AllocateArray<Value>(1);
-      doc.root.size = 1;
-      doc.root.capacity = 1;
-      if (!builder.Store(top, &doc.root.elements[0])) return DomBuild::NeedsTokenText;
-      break;
+  TapeBuilder builder(parsed, doc);
+  // Entry 0 is the root marker; the value follows.
+  const std::uint64_t first = parsed.tape[1];
+  const char type = static_cast<char>(first >> 56);
+  std::size_t next = 0;
+  if (type == '{' || type == '[') {
+    doc.root.kind = type == '{' ? NodeKind::Object : NodeKind::Array;
+    builder.Open(&doc.root, first);
+    next = builder.Walk(2);
+  } else {
+    doc.root.kind = NodeKind::Scalar;
+    doc.root.elements = doc.arena.AllocateArray<Value>(1);
+    doc.root.size = 1;
+    doc.root.capacity = 1;
+    next = builder.Store(1, &doc.root.elements[0]);
   }
-  if (!builder.Drain()) return DomBuild::NeedsTokenText;
-  if (builder.SawZero() && MayHoldNegativeZero(text)) return DomBuild::NeedsTokenText;
+  if (next == 0) return DomBuild::NeedsTokenText;
+  // The tape keeps the token -0 as the integer 0; when the text may hold one, read it again.
+  if (builder.SawZero() && mayHoldNegativeZero) return DomBuild::NeedsTokenText;
   return DomBuild::Done;
 }
 

@@ -17,7 +17,7 @@ namespace od = simdjson::ondemand;
 
 class TokenBuilder {
  public:
-  explicit TokenBuilder(Document& doc) : doc_(doc) { frames_.reserve(64); }
+  explicit TokenBuilder(Document& doc) : doc_(doc), keys_(doc.arena) { frames_.reserve(64); }
 
   // Stores the number token raw (with the blanks that may follow it) into slot.
   bool StoreNumber(std::string_view raw, Value* slot) {
@@ -76,8 +76,10 @@ class TokenBuilder {
     return false;
   }
 
-  // Starts walking the container v into node.
+  // Starts walking the container v into node; false beyond kMaxDepth levels (checked before the
+  // parser descends, as builds with simdjson's development checks assert on its own limit).
   bool Open(od::value& v, Node* node) {
+    if (frames_.size() >= kMaxDepth) return false;
     Frame frame;
     frame.node = node;
     if (node->kind == NodeKind::Object) {
@@ -90,7 +92,7 @@ class TokenBuilder {
       if (array.begin().get(frame.elements) != simdjson::SUCCESS) return false;
     }
     frames_.push_back(frame);
-    return frames_.size() <= kMaxDepth;
+    return true;
   }
 
   // Walks the pushed containers to their ends.
@@ -111,7 +113,7 @@ class TokenBuilder {
         std::string_view key;
         if (field.unescaped_key().get(key) != simdjson::SUCCESS) return false;
         // A repeated key gets the slot of its first appearance: the last value wins.
-        Value* slot = frame.node->Upsert(key, true);
+        Value* slot = frame.node->UpsertInterned(key, keys_.Intern(key));
         if (!Store(field.value(), slot)) return false;
       } else {
         if (frame.started) ++frame.elements;
@@ -138,6 +140,7 @@ class TokenBuilder {
   };
 
   Document& doc_;
+  KeyTable keys_;
   std::vector<Frame> frames_;
 };
 

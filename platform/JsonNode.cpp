@@ -11,7 +11,7 @@ namespace kova::json {
 namespace {
 
 bool SameKey(const Member& m, std::string_view key) noexcept {
-  return m.keyLength == key.size() && std::memcmp(m.key, key.data(), key.size()) == 0;
+  return m.keyLength == key.size() && SameBytes(m.key, key.data(), key.size());
 }
 
 // Slot count of an index for count members: a power of two at least twice count.
@@ -85,7 +85,7 @@ void Node::Reserve(std::uint32_t count) {
   }
 }
 
-Value* Node::Upsert(std::string_view key, bool copyKey) {
+Value* Node::Upsert(std::string_view key, const char* storedKey) {
   std::uint32_t hash = 0;
   if (index != nullptr) {
     hash = HashKey(key);
@@ -100,10 +100,22 @@ Value* Node::Upsert(std::string_view key, bool copyKey) {
       if (SameKey(members[i], key)) return &members[i].value;
     }
   }
+  return AppendMember(key, storedKey, hash);
+}
+
+Value* Node::UpsertInterned(std::string_view key, const char* interned) {
+  if (index != nullptr || key.size() > kInternedKeyLength) return Upsert(key, interned);
+  for (std::uint32_t i = 0; i < size; ++i) {
+    if (members[i].key == interned) return &members[i].value;
+  }
+  return AppendMember(key, interned, 0);
+}
+
+Value* Node::AppendMember(std::string_view key, const char* storedKey, std::uint32_t hash) {
   if (size == capacity) Grow(size + 1);
   const std::uint32_t position = size;
   Member& m = members[position];
-  m.key = copyKey || key.empty() ? doc->arena.CopyText(key) : key.data();
+  m.key = storedKey != nullptr ? storedKey : doc->arena.CopyText(key);
   m.keyLength = static_cast<std::uint32_t>(key.size());
   m.hash = hash;
   m.value = Value::MakeNull();

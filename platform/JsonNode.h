@@ -18,6 +18,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <string_view>
@@ -28,6 +29,8 @@ namespace kova::json {
 
 // Deepest nesting of arrays and objects that loading accepts.
 inline constexpr std::size_t kMaxDepth = 10000;
+// Keys up to this length are interned while loading.
+inline constexpr std::size_t kInternedKeyLength = 64;
 // Objects with more members than this get a hash index.
 inline constexpr std::uint32_t kIndexThreshold = 16;
 // Longest string, key or member count one value can hold.
@@ -136,8 +139,13 @@ struct Node {
   }
 
   // The value slot of key: the existing one (the key keeps its position) or a new member at the
-  // end, whose value is null. copyKey tells whether key must be copied into the arena.
-  Value* Upsert(std::string_view key, bool copyKey);
+  // end, whose value is null. A new member's key is a copy of key in the arena, or storedKey: the
+  // same text already in the arena.
+  Value* Upsert(std::string_view key) { return Upsert(key, nullptr); }
+  Value* Upsert(std::string_view key, const char* storedKey);
+  // Upsert for loading, where keys of up to kInternedKeyLength bytes are interned (see KeyTable):
+  // such keys are equal exactly when their pointers are.
+  Value* UpsertInterned(std::string_view key, const char* interned);
   // A new null element at the end of the array.
   Value* Append();
   // Room for at least count members or elements without reallocation.
@@ -152,6 +160,7 @@ struct Node {
  private:
   void Grow(std::uint32_t minimum);
   void BuildIndex(std::uint32_t forCapacity);
+  Value* AppendMember(std::string_view key, const char* storedKey, std::uint32_t hash);
 };
 
 struct Document {
@@ -168,6 +177,62 @@ struct Document {
 
 // A new document whose root is an empty object or array, as a handle.
 std::shared_ptr<Node> NewDocument(NodeKind rootKind);
+
+// Equality of n bytes at a and b, inlined for the short keys and strings of documents.
+inline bool SameBytes(const char* a, const char* b, std::size_t n) noexcept {
+  if (a == b) return true;
+  for (; n >= 8; a += 8, b += 8, n -= 8) {
+    std::uint64_t x;
+    std::uint64_t y;
+    std::memcpy(&x, a, 8);
+    std::memcpy(&y, b, 8);
+    if (x != y) return false;
+  }
+  if (n >= 4) {
+    std::uint32_t x[2];
+    std::uint32_t y[2];
+    std::memcpy(&x[0], a, 4);
+    std::memcpy(&x[1], a + n - 4, 4);
+    std::memcpy(&y[0], b, 4);
+    std::memcpy(&y[1], b + n - 4, 4);
+    return x[0] == y[0] && x[1] == y[1];
+  }
+  for (; n != 0; ++a, ++b, --n) {
+    if (*a != *b) return false;
+  }
+  return true;
+}
+
+// A hash of all bytes of text, eight at a time.
+inline std::uint64_t WordHash(std::string_view text) noexcept {
+  const char* p = text.data();
+  std::size_t n = text.size();
+  std::uint64_t h = 0x9E3779B97F4A7C15ull ^ n;
+  auto mix = [&h](std::uint64_t word) {
+    h = (h ^ word) * 0xFF51AFD7ED558CCDull;
+    h ^= h >> 29;
+  };
+  if (n >= 8) {
+    for (; n > 8; p += 8, n -= 8) {
+      std::uint64_t word;
+      std::memcpy(&word, p, 8);
+      mix(word);
+    }
+    std::uint64_t last;  // the last eight bytes, overlapping the previous word
+    std::memcpy(&last, p + n - 8, 8);
+    mix(last);
+  } else if (n >= 4) {
+    std::uint32_t x;
+    std::uint32_t y;
+    std::memcpy(&x, p, 4);
+    std::memcpy(&y, p + n - 4, 4);
+    mix((static_cast<std::uint64_t>(x) << 32) | y);
+  } else if (n != 0) {
+    mix(static_cast<unsigned char>(p[0]) | (static_cast<std::uint64_t>(static_cast<unsigned char>(p[n / 2])) << 8) |
+        (static_cast<std::uint64_t>(static_cast<unsigned char>(p[n - 1])) << 16));
+  }
+  return h ^ (h >> 32);
+}
 
 // The hash of a key, as the index uses it.
 std::uint32_t HashKey(std::string_view key) noexcept;

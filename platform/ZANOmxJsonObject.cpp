@@ -21,8 +21,17 @@ namespace {
 // The value under key, or null when the key is absent (or the value is not an object).
 const Value* Lookup(const std::shared_ptr<Node>& node, const ZANOmxKeyString& key) {
   if (!node) return nullptr;
-  const Member* m = node->Find(key.GetString().View());
+  const Member* m = node->Find(key.View());
   return m != nullptr ? &m->value : nullptr;
+}
+
+// The name under which key is stored: its text, which must then be valid UTF-8.
+std::string_view StoredName(const ZANOmxKeyString& key) {
+  const std::string_view raw = key.View();
+  for (const char c : raw) {
+    if (static_cast<unsigned char>(c) >= 0x80) return key.GetString().View();
+  }
+  return raw;
 }
 
 // Sets key of the object behind node to the value that make builds in the object's document.
@@ -32,13 +41,13 @@ HRESULT Store(std::shared_ptr<Node>& node, const ZANOmxKeyString& key, Make&& ma
   return Guarded([&]() -> HRESULT {
     if (!node) node = kova::json::NewDocument(NodeKind::Object);
     if (!node->IsObject()) return ZAN_E_TYPEMISMATCH;
-    const std::string_view name = key.GetString().View();
+    const std::string_view name = StoredName(key);
     if (name.size() > kova::json::kMaxLength) return ZAN_E_INVALIDARG;
     // The value is made before the member: a copy of this very object must not see the new key.
     Value value;
     const HRESULT status = make(*node->doc, value);
     if (ZANFailed(status)) return status;
-    *node->Upsert(name, true) = value;
+    *node->Upsert(name) = value;
     return S_OK;
   });
 }

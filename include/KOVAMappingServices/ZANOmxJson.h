@@ -3,27 +3,36 @@
 // Handles: ZANOmxJsonObject and ZANOmxJsonArray are handles onto JSON values. Copying a handle
 // shares the value (reading a sub-object or sub-array hands out a handle onto the value inside
 // its container, without copying it). The Put operations store a copy of what they are given,
-// so a value put into a container is independent of the argument afterwards.
+// so a value put into a container is independent of the argument afterwards. A handle onto a
+// value that its container later replaces keeps the former value, detached from the container.
+// A handle left empty by a move reads as an empty object (or array) and gets a new one on Put.
 //
 // Loading (LoadFromString):
 //  - any well-formed JSON text loads; the root may be any JSON value, and IsValidJsonObject() is
 //    false when it is not an object;
 //  - one leading UTF-8 byte order mark is skipped; a text that is then empty or made of JSON blanks
-//    only loads as an empty object;
+//    (space, tab, line feed, carriage return) only loads as an empty object;
 //  - malformed text (syntax, invalid UTF-8, lone surrogate escapes, trailing content, NaN or
 //    Infinity) gives ZAN_E_INVALIDDATA and leaves the object as it was;
-//  - nesting of at least 1,000 levels loads; deeper input may be refused with ZAN_E_INVALIDDATA;
-//  - numbers of any size or precision load;
+//  - nesting of up to 10,000 levels loads; deeper input is refused with ZAN_E_INVALIDDATA;
+//  - numbers of any size or precision load, and keep the text they were written with;
 //  - duplicate keys in one object: the last value wins, the key keeps the place of its first
-//    appearance.
+//    appearance;
+//  - a null text pointer with a non-zero length gives ZAN_E_INVALIDARG; running out of memory
+//    gives E_FAIL.
 //
 // Getters return S_OK, ZAN_E_NOTFOUND when the key is absent (or an array index is out of
-// range), ZAN_E_TYPEMISMATCH when the value has another type; a failed getter leaves its output
-// untouched. GetInteger succeeds only for an integer token (no fraction, no exponent; "-0" is one)
-// whose value fits 32-bit signed. Strings may hold U+0000.
+// range, or the handle is not onto an object), ZAN_E_TYPEMISMATCH when the value has another
+// type; a failed getter leaves its output untouched. GetInteger succeeds only for an integer token
+// (no fraction, no exponent; "-0" is one) whose value fits 32-bit signed, and GetType tells
+// Integer exactly for those numbers, Real for all others. Strings may hold U+0000.
 //
 // Output: ToString gives compact text with members in insertion order and raw UTF-8 (only quote,
-// backslash and control characters are escaped). PrettyPrint gives an indented text, for logs.
+// backslash and control characters are escaped). PrettyPrint gives an indented text, for logs
+// (compact beyond 256 levels of nesting).
+//
+// Distinct documents may be used from different threads at once; one document may be read from
+// several threads at once as long as none changes it.
 #ifndef KOVAMAPPINGSERVICES_ZANOMXJSON_H_
 #define KOVAMAPPINGSERVICES_ZANOMXJSON_H_
 
@@ -34,22 +43,33 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kova::json {
 struct Node;  // the value tree behind the handles (internal)
 }
 
-// A key of a JSON object.
+// A key of a JSON object, made where it is passed: from a string (copied) or from a character
+// pointer. A key made from a character pointer refers to that text without copying it, so the
+// text must outlive the key; string literals are the intended use.
 class KOVA_EXPORT ZANOmxKeyString {
  public:
-  ZANOmxKeyString(const ZANUnicodeString& key) : key_(key) {}  // NOLINT: keys convert from text
-  ZANOmxKeyString(const char* key) : key_(key) {}              // NOLINT
-  const ZANUnicodeString& GetString() const noexcept { return key_; }
+  ZANOmxKeyString(const ZANUnicodeString& key) : text_(nullptr), size_(0), key_(key) {}  // NOLINT: keys convert from text
+  ZANOmxKeyString(const char* key) noexcept                                                // NOLINT
+      : text_(key != nullptr ? key : ""), size_(std::char_traits<char>::length(text_)) {}
+  // The key as a string; the text of a key made from a character pointer is read as UTF-8, with
+  // ill-formed sequences replaced as ZANUnicodeString does.
+  const ZANUnicodeString& GetString() const;
+  // The bytes of the key as given (for look-ups).
+  std::string_view View() const noexcept { return text_ != nullptr ? std::string_view(text_, size_) : key_->View(); }
 
  private:
-  ZANUnicodeString key_;
+  const char* text_;  // the text of a key made from a character pointer, else null
+  std::size_t size_;
+  mutable std::optional<ZANUnicodeString> key_;  // made on first use for character pointers
 };
 
 // Kinds of JSON values, as told by the GetType operations.
@@ -92,11 +112,14 @@ class KOVA_EXPORT ZANOmxJsonObject {
   HRESULT GetJsonArray(const ZANOmxKeyString& key, ZANOmxJsonArray& value) const;
   // The string under key, or defaultValue when the key is absent or not a string.
   ZANUnicodeString OptString(const ZANOmxKeyString& key, const ZANUnicodeString& defaultValue) const;
-  // The member names in document (insertion) order, each once.
+  // The member names in document (insertion) order, each once, replacing the content of keys.
+  // ZAN_E_TYPEMISMATCH when the value is not an object.
   HRESULT GetKeys(std::vector<ZANUnicodeString>& keys) const;
 
   // Each Put sets key to the value, replacing an earlier value in place (keeping its position),
-  // or appending the key when it is new. Returns S_OK (ZAN_E_TYPEMISMATCH on a non-object).
+  // or appending the key when it is new. Returns S_OK (ZAN_E_TYPEMISMATCH on a non-object;
+  // ZAN_E_INVALIDARG for a real that is not finite, which JSON cannot write; E_FAIL when memory
+  // runs out). PutJsonObject of a handle onto a loaded non-object root stores that value.
   HRESULT PutInteger(const ZANOmxKeyString& key, int value);
   HRESULT PutReal(const ZANOmxKeyString& key, double value);
   HRESULT PutString(const ZANOmxKeyString& key, const ZANUnicodeString& value);
@@ -140,7 +163,8 @@ class KOVA_EXPORT ZANOmxJsonArray {
   HRESULT GetNumberText(int index, ZANUnicodeString& value) const;
   HRESULT GetBoolean(int index, bool& value) const;
 
-  // Each Put appends a copy of the value at the end. Returns S_OK.
+  // Each Put appends a copy of the value at the end. Returns S_OK (ZAN_E_INVALIDARG for a real
+  // that is not finite; E_FAIL when memory runs out).
   HRESULT PutJsonObject(const ZANOmxJsonObject& value);
   HRESULT PutJsonArray(const ZANOmxJsonArray& value);
   HRESULT PutString(const ZANUnicodeString& value);

@@ -9,6 +9,13 @@
 
 namespace {
 
+// prefix followed by the decimal form of n.
+std::string Numbered(const char* prefix, long long n) {
+  std::string text(prefix);
+  text += std::to_string(n);
+  return text;
+}
+
 HRESULT Load(ZANOmxJsonObject& object, const std::string& text) {
   return object.LoadFromString(text.data(), text.size());
 }
@@ -258,14 +265,14 @@ TEST(ZANOmxJsonLoad, DuplicateKeysLastValueWinsAtTheFirstPosition) {
 TEST(ZANOmxJsonLoad, DuplicateKeysInALargeObject) {
   // Enough members for the object to be indexed.
   std::string text = "{";
-  for (int i = 0; i < 40; ++i) text += "\"k" + std::to_string(i) + "\":" + std::to_string(i) + ",";
+  for (int i = 0; i < 40; ++i) text += Numbered("\"k", i) + Numbered("\":", i) + ",";
   text += "\"k5\":\"five\",\"k39\":{\"x\":true},\"k0\":-1}";
   ZANOmxJsonObject object;
   ASSERT_EQ(Load(object, text), S_OK);
   std::vector<ZANUnicodeString> keys;
   ASSERT_EQ(object.GetKeys(keys), S_OK);
   ASSERT_EQ(keys.size(), 40u);
-  for (int i = 0; i < 40; ++i) EXPECT_EQ(keys[i], ZANUnicodeString(("k" + std::to_string(i)).c_str()));
+  for (int i = 0; i < 40; ++i) EXPECT_EQ(keys[i], ZANUnicodeString(Numbered("k", i).c_str()));
   ZANUnicodeString five;
   EXPECT_EQ(object.GetString("k5", five), S_OK);
   EXPECT_EQ(five, ZANUnicodeString("five"));
@@ -312,7 +319,7 @@ TEST(ZANOmxJsonLoad, TextsBeyondTheReusedBuffersLoad) {
     const int count = 40000;
     for (int i = 0; i < count; ++i) {
       if (i != 0) text += ',';
-      text += "{\"id\":" + std::to_string(i) + ",\"name\":\"item number " + std::to_string(i) + "\"}";
+      text += Numbered("{\"id\":", i) + Numbered(",\"name\":\"item number ", i) + "\"}";
     }
     text += "]" + extra + "}";
     ASSERT_GT(text.size(), std::size_t{1} << 20);
@@ -329,10 +336,38 @@ TEST(ZANOmxJsonLoad, TextsBeyondTheReusedBuffersLoad) {
       EXPECT_EQ(id, i - 1);
       ZANUnicodeString name;
       EXPECT_EQ(item.GetString("name", name), S_OK);
-      EXPECT_EQ(name.ConvertToChar(), "item number " + std::to_string(i - 1));
+      EXPECT_EQ(name.ConvertToChar(), Numbered("item number ", i - 1));
     }
     EXPECT_EQ(Text(object), text);
   }
+}
+
+TEST(ZANOmxJsonLoad, OneDocumentIsReadFromSeveralThreadsAtOnce) {
+  std::string text = "{";
+  for (int i = 0; i < 100; ++i) text += Numbered(i == 0 ? "\"k" : ",\"k", i) + Numbered("\":{\"v\":", i) + "}";
+  text += "}";
+  ZANOmxJsonObject object;
+  ASSERT_EQ(Load(object, text), S_OK);
+  constexpr int kThreads = 4;
+  std::vector<int> failures(kThreads, 0);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([t, &failures, &object, &text] {
+      for (int round = 0; round < 50; ++round) {
+        for (int i = 0; i < 100; ++i) {
+          ZANOmxJsonObject member;
+          int v = -1;
+          if (object.GetJsonObject(Numbered("k", i).c_str(), member) != S_OK || member.GetInteger("v", v) != S_OK ||
+              v != i) {
+            ++failures[t];
+          }
+        }
+        if (object.ToString().ConvertToChar() != text) ++failures[t];
+      }
+    });
+  }
+  for (std::thread& th : threads) th.join();
+  for (int t = 0; t < kThreads; ++t) EXPECT_EQ(failures[t], 0) << "thread " << t;
 }
 
 TEST(ZANOmxJsonLoad, DistinctDocumentsLoadOnSeveralThreadsAtOnce) {
@@ -344,15 +379,15 @@ TEST(ZANOmxJsonLoad, DistinctDocumentsLoadOnSeveralThreadsAtOnce) {
       for (int round = 0; round < 200; ++round) {
         const std::string big = round % 50 == 0 ? std::string(1 << 20, ' ') : std::string();
         const std::string real = round % 3 == 0 ? ",\"r\":0.5" : "";
-        const std::string text = "{\"thread\":" + std::to_string(t) + ",\"round\":" + std::to_string(round) +
-                                 ",\"name\":\"t" + std::to_string(t) + "\"" + real + "}" + big;
+        const std::string text = Numbered("{\"thread\":", t) + Numbered(",\"round\":", round) +
+                                 Numbered(",\"name\":\"t", t) + "\"" + real + "}" + big;
         ZANOmxJsonObject object;
         int thread = -1;
         int r = -1;
         ZANUnicodeString name;
         if (object.LoadFromString(text.data(), text.size()) != S_OK || object.GetInteger("thread", thread) != S_OK ||
             object.GetInteger("round", r) != S_OK || object.GetString("name", name) != S_OK || thread != t ||
-            r != round || name.ConvertToChar() != "t" + std::to_string(t)) {
+            r != round || name.ConvertToChar() != Numbered("t", t)) {
           ++failures[t];
         }
       }

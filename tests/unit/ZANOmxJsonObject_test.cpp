@@ -11,6 +11,13 @@
 
 namespace {
 
+// prefix followed by the decimal form of n.
+std::string Numbered(const char* prefix, long long n) {
+  std::string text(prefix);
+  text += std::to_string(n);
+  return text;
+}
+
 ZANOmxJsonObject Parse(const std::string& text) {
   ZANOmxJsonObject object;
   EXPECT_EQ(object.LoadFromString(text.data(), text.size()), S_OK) << text;
@@ -212,13 +219,13 @@ TEST(ZANOmxJsonObject, PutOnAnExistingKeyReplacesInPlace) {
 TEST(ZANOmxJsonObject, PutKeepsPositionsInLargeObjects) {
   ZANOmxJsonObject object;
   const int count = 100;
-  for (int i = 0; i < count; ++i) ASSERT_EQ(object.PutInteger(("k" + std::to_string(i)).c_str(), i), S_OK);
+  for (int i = 0; i < count; ++i) ASSERT_EQ(object.PutInteger(Numbered("k", i).c_str(), i), S_OK);
   ASSERT_EQ(object.PutString("k50", ZANUnicodeString("fifty")), S_OK);
   ASSERT_EQ(object.PutInteger("k0", -1), S_OK);
   std::vector<ZANUnicodeString> keys;
   ASSERT_EQ(object.GetKeys(keys), S_OK);
   ASSERT_EQ(keys.size(), static_cast<std::size_t>(count));
-  for (int i = 0; i < count; ++i) EXPECT_EQ(keys[i].ConvertToChar(), "k" + std::to_string(i));
+  for (int i = 0; i < count; ++i) EXPECT_EQ(keys[i].ConvertToChar(), Numbered("k", i));
   int value = 0;
   ASSERT_EQ(object.GetInteger("k0", value), S_OK);
   EXPECT_EQ(value, -1);
@@ -307,7 +314,7 @@ TEST(ZANOmxJsonObject, SubObjectHandlesShareTheValueInsideTheContainer) {
   ZANOmxJsonObject a;
   ASSERT_EQ(parent.GetJsonObject("a", a), S_OK);
   // The container grows (its members move) before the sub-object is changed.
-  for (int i = 0; i < 200; ++i) ASSERT_EQ(parent.PutInteger(("n" + std::to_string(i)).c_str(), i), S_OK);
+  for (int i = 0; i < 200; ++i) ASSERT_EQ(parent.PutInteger(Numbered("n", i).c_str(), i), S_OK);
   ASSERT_EQ(a.PutInteger("y", 2), S_OK);
   ZANOmxJsonObject again;
   ASSERT_EQ(parent.GetJsonObject("a", again), S_OK);
@@ -385,7 +392,7 @@ TEST(ZANOmxJsonObject, ManyMembersAreLookedUpWithoutQuadraticCost) {
   std::string text = "{";
   for (int i = 0; i < count; ++i) {
     if (i != 0) text += ',';
-    text += "\"inst" + std::to_string(i) + "\":{\"n\":" + std::to_string(i) + "}";
+    text += Numbered("\"inst", i) + Numbered("\":{\"n\":", i) + "}";
   }
   text += "}";
   const auto start = std::chrono::steady_clock::now();
@@ -409,10 +416,10 @@ TEST(ZANOmxJsonObject, ManyMembersAreLookedUpWithoutQuadraticCost) {
 TEST(ZANOmxJsonObject, ObjectBuiltByPutIsIndexedToo) {
   ZANOmxJsonObject object;
   const int count = 50000;
-  for (int i = 0; i < count; ++i) ASSERT_EQ(object.PutInteger(("k" + std::to_string(i)).c_str(), i), S_OK);
+  for (int i = 0; i < count; ++i) ASSERT_EQ(object.PutInteger(Numbered("k", i).c_str(), i), S_OK);
   for (int i = 0; i < count; i += 997) {
     int v = -1;
-    ASSERT_EQ(object.GetInteger(("k" + std::to_string(i)).c_str(), v), S_OK);
+    ASSERT_EQ(object.GetInteger(Numbered("k", i).c_str(), v), S_OK);
     EXPECT_EQ(v, i);
   }
   // A copy carries the index along.
