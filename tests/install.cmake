@@ -8,3 +8,6 @@ endif()
 add_test(NAME install.consumer
   COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/install/consumer_test.sh ${PROJECT_BINARY_DIR}
           ${CMAKE_CURRENT_SOURCE_DIR}/install/consumer "${KOVA_CONSUMER_FLAGS}")
+add_test(NAME install.readme_example
+  COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/install/readme_example_test.sh ${PROJECT_SOURCE_DIR}/README.md
+          ${PROJECT_SOURCE_DIR}/include $<TARGET_FILE:KOVAMappingServices> ${CMAKE_CXX_COMPILER} "${KOVA_CONSUMER_FLAGS}")
