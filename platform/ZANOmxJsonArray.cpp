@@ -128,10 +128,10 @@ HRESULT ZANOmxJsonArray::PutNull() {
 
 ZANUnicodeString ZANOmxJsonArray::ToString() const {
   if (!node_) return ZANUnicodeString("[]");
-  return ZANUnicodeString::FromValidUTF8(kova::json::WriteCompact(kova::json::AsValue(*node_)));
+  return ZANUnicodeString::FromValidUTF8(kova::json::WriteCompact(kova::json::AsValue(*node_), kova::json::ExpectedTextSize(*node_)));
 }
 
 ZANUnicodeString ZANOmxJsonArray::PrettyPrint() const {
   if (!node_) return ZANUnicodeString("[]");
-  return ZANUnicodeString::FromValidUTF8(kova::json::WritePretty(kova::json::AsValue(*node_)));
+  return ZANUnicodeString::FromValidUTF8(kova::json::WritePretty(kova::json::AsValue(*node_), kova::json::ExpectedTextSize(*node_)));
 }
