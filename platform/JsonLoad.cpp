@@ -101,6 +101,7 @@ bool IsAllBlank(std::string_view text) noexcept {
 }
 
 HRESULT Parse(Workspace& work, std::string_view text, std::shared_ptr<Document>& out) {
+  if (text.size() > simdjson::SIMDJSON_MAXSIZE_BYTES) return E_FAIL;  // beyond what the parser handles
   const std::string_view padded = work.Pad(text);
   // The parser refuses nesting that reaches its depth limit.
   constexpr std::size_t kParserDepth = kMaxDepth + 1;

@@ -1,5 +1,6 @@
 #include <KOVAMappingServices/ZANOmxJson.h>
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -48,7 +49,8 @@ ZANOmxJsonArray::~ZANOmxJsonArray() = default;
 
 int ZANOmxJsonArray::Length() const {
   if (!node_ || !node_->IsArray()) return 0;
-  return static_cast<int>(node_->size);
+  // Elements beyond the int range cannot be numbered; a loaded text can hold that many.
+  return static_cast<int>(std::min<std::uint32_t>(node_->size, std::numeric_limits<int>::max()));
 }
 
 HRESULT ZANOmxJsonArray::GetType(int index, ZANOmxJsonType& type) const {

@@ -18,8 +18,8 @@
 //  - numbers of any size or precision load, and keep the text they were written with;
 //  - duplicate keys in one object: the last value wins, the key keeps the place of its first
 //    appearance;
-//  - a null text pointer with a non-zero length gives ZAN_E_INVALIDARG; running out of memory
-//    gives E_FAIL.
+//  - a null text pointer with a non-zero length gives ZAN_E_INVALIDARG; running out of memory,
+//    or a text of 4 GiB or more, gives E_FAIL.
 //
 // Getters return S_OK, ZAN_E_NOTFOUND when the key is absent (or an array index is out of
 // range, or the handle is not onto an object), ZAN_E_TYPEMISMATCH when the value has another
