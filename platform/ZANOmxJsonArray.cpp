@@ -130,10 +130,12 @@ HRESULT ZANOmxJsonArray::PutNull() {
 
 ZANUnicodeString ZANOmxJsonArray::ToString() const {
   if (!node_) return ZANUnicodeString("[]");
-  return ZANUnicodeString::FromValidUTF8(kova::json::WriteCompact(kova::json::AsValue(*node_), kova::json::ExpectedTextSize(*node_)));
+  const kova::json::Value value = kova::json::AsValue(*node_);
+  return ZANUnicodeString::FromValidUTF8(kova::json::WriteCompact(value, kova::json::ExpectedTextSize(*node_)));
 }
 
 ZANUnicodeString ZANOmxJsonArray::PrettyPrint() const {
   if (!node_) return ZANUnicodeString("[]");
-  return ZANUnicodeString::FromValidUTF8(kova::json::WritePretty(kova::json::AsValue(*node_), kova::json::ExpectedTextSize(*node_)));
+  const kova::json::Value value = kova::json::AsValue(*node_);
+  return ZANUnicodeString::FromValidUTF8(kova::json::WritePretty(value, kova::json::ExpectedTextSize(*node_)));
 }

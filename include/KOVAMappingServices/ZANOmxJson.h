@@ -54,11 +54,14 @@ struct Node;  // the value tree behind the handles (internal)
 
 // A key of a JSON object, made where it is passed: from a string (copied) or from a character
 // pointer. A key made from a character pointer refers to that text without copying it, so the
-// text must outlive the key; string literals are the intended use.
+// text must outlive the key; string literals are the intended use. One key is not meant to be
+// used by several threads at once.
 class KOVA_EXPORT ZANOmxKeyString {
  public:
-  ZANOmxKeyString(const ZANUnicodeString& key) : text_(nullptr), size_(0), key_(key) {}  // NOLINT: keys convert from text
-  ZANOmxKeyString(const char* key) noexcept                                                // NOLINT
+  // NOLINTNEXTLINE(google-explicit-constructor): keys convert from text
+  ZANOmxKeyString(const ZANUnicodeString& key) : text_(nullptr), size_(0), key_(key) {}
+  // NOLINTNEXTLINE(google-explicit-constructor)
+  ZANOmxKeyString(const char* key) noexcept
       : text_(key != nullptr ? key : ""), size_(std::char_traits<char>::length(text_)) {}
   // The key as a string; the text of a key made from a character pointer is read as UTF-8, with
   // ill-formed sequences replaced as ZANUnicodeString does.
