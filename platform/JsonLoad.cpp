@@ -11,10 +11,11 @@ namespace kova::json {
 
 namespace {
 
-// The thread keeps its parsers and buffers between loads, sized for the last text it loaded.
-// A text much smaller than what they were sized for gets fresh ones, so that memory taken for a
-// large document is handed back once the thread loads ordinary ones again. Texts beyond
-// kMaxKeptTextSize never use the kept ones.
+// The thread keeps its parsers between loads, sized for the last text it loaded (about twice its
+// size stays in use after a large one); the padded copy of a text above kAlwaysKeptSize is given
+// back after each load. A text much smaller than what the parsers were sized for gets fresh ones,
+// so that memory taken for a large document is handed back once the thread loads ordinary ones
+// again. Texts beyond kMaxKeptTextSize never use the kept parsers.
 constexpr std::size_t kMaxKeptTextSize = std::size_t{64} << 20;
 constexpr std::size_t kShrinkFactor = 4;
 constexpr std::size_t kAlwaysKeptSize = std::size_t{1} << 20;
@@ -87,9 +88,18 @@ struct Workspace {
     return tokens.get();
   }
 
+  // The copy of a large text is only needed during its parse: give its memory back.
+  void ReleaseLargeCopy() noexcept {
+    if (bufferSize > kAlwaysKeptSize) {
+      buffer.reset();
+      bufferSize = 0;
+    }
+  }
+
   // True when the workspace was sized for texts much larger than size.
   bool OversizedFor(std::size_t size) const noexcept {
-    return bufferSize > kAlwaysKeptSize && bufferSize / kShrinkFactor > size;
+    const std::size_t capacity = dom.capacity();
+    return capacity > kAlwaysKeptSize && capacity / kShrinkFactor > size;
   }
 };
 
@@ -101,6 +111,7 @@ bool IsAllBlank(std::string_view text) noexcept {
 }
 
 HRESULT Parse(Workspace& work, std::string_view text, std::shared_ptr<Document>& out) {
+  if (text.size() > simdjson::SIMDJSON_MAXSIZE_BYTES) return E_FAIL;  // beyond what the parser handles
   const std::string_view padded = work.Pad(text);
   // The parser refuses nesting that reaches its depth limit.
   constexpr std::size_t kParserDepth = kMaxDepth + 1;
@@ -154,6 +165,7 @@ HRESULT LoadDocument(std::string_view text, std::shared_ptr<Node>& root) {
         kept = std::make_unique<Workspace>();
       }
       const HRESULT status = Parse(*kept, text, doc);
+      kept->ReleaseLargeCopy();
       if (ZANFailed(status)) return status;
     } else {
       Workspace own;

@@ -9,6 +9,9 @@ namespace kova::json {
 
 namespace {
 
+// The walk reads the tape as simdjson 3 lays it out; the unit tests cover every kind of entry.
+static_assert(simdjson::SIMDJSON_VERSION_MAJOR == 3, "tape layout of simdjson 3");
+
 // DOM objects and arrays report this size when they hold this many children or more.
 constexpr std::size_t kSaturatedSize = 0xFFFFFF;
 

@@ -11,6 +11,10 @@
 //
 // Nothing here recurses over the tree: copying, writing and freeing work with explicit stacks
 // or, for freeing, with the arena's chunk list.
+//
+// Library code that reads many values (such as filling a table from a loaded document) can read
+// the tree directly, without the handles' allocations: Node::Of(handle) gives the node, Find the
+// member of a key, and a Value its kind and text.
 #ifndef KOVA_PLATFORM_JSONNODE_H_
 #define KOVA_PLATFORM_JSONNODE_H_
 

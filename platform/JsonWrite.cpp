@@ -2,7 +2,12 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <vector>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/writer.h>
@@ -16,25 +21,24 @@ class StringOutput {
  public:
   using Ch = char;
 
+  explicit StringOutput(std::size_t expected) { text_.reserve(expected); }
+
   void Reserve(std::size_t count) {
-    if (used_ + count > text_.size()) text_.resize(std::max(text_.size() * 2, used_ + count));
+    if (text_.size() + count > text_.capacity()) text_.reserve(std::max(text_.capacity() * 2, text_.size() + count));
   }
-  void PutUnsafe(char c) { text_[used_++] = c; }
-  void Put(char c) {
-    Reserve(1);
-    PutUnsafe(c);
-  }
+  void PutUnsafe(char c) { text_.push_back(c); }
+  void Put(char c) { text_.push_back(c); }
+  // Appends bytes for which room was reserved.
+  void AppendUnsafe(const char* bytes, std::size_t count) { text_.append(bytes, count); }
   void Flush() {}
 
   std::string Take() {
-    text_.resize(used_);
-    if (text_.capacity() > 2 * used_ + 64) text_.shrink_to_fit();
+    if (text_.capacity() > 2 * text_.size() + 64) text_.shrink_to_fit();
     return std::move(text_);
   }
 
  private:
   std::string text_;
-  std::size_t used_ = 0;
 };
 
 }  // namespace kova::json
@@ -49,6 +53,41 @@ inline void PutReserve(kova::json::StringOutput& stream, size_t count) {
 template <>
 inline void PutUnsafe(kova::json::StringOutput& stream, char c) {
   stream.PutUnsafe(c);
+}
+
+// The writers copy strings a character at a time, escaping as they go. Copy the runs that need no
+// escape (anything but quote, backslash and control characters) at once; the writer escapes the
+// character that ends a run, and has reserved room for the whole string beforehand.
+template <>
+inline bool Writer<kova::json::StringOutput>::ScanWriteUnescapedString(StringStream& is, size_t length) {
+  const char* const begin = is.src_;
+  const char* const end = is.head_ + length;
+  const char* p = begin;
+#if defined(__SSE2__)
+  const __m128i quote = _mm_set1_epi8('"');
+  const __m128i backslash = _mm_set1_epi8('\\');
+  const __m128i below = _mm_set1_epi8(0x1F);
+  for (; end - p >= 16; p += 16) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    // A byte is a control character when subtracting 0x1F with unsigned saturation gives 0.
+    const __m128i control = _mm_cmpeq_epi8(_mm_subs_epu8(bytes, below), _mm_setzero_si128());
+    const __m128i special =
+        _mm_or_si128(control, _mm_or_si128(_mm_cmpeq_epi8(bytes, quote), _mm_cmpeq_epi8(bytes, backslash)));
+    const int mask = _mm_movemask_epi8(special);
+    if (mask != 0) {
+      p += __builtin_ctz(static_cast<unsigned>(mask));
+      break;
+    }
+  }
+#endif
+  while (p < end) {
+    const auto c = static_cast<unsigned char>(*p);
+    if (c < 0x20 || c == '"' || c == '\\') break;
+    ++p;
+  }
+  os_->AppendUnsafe(begin, static_cast<std::size_t>(p - begin));
+  is.src_ = p;
+  return p < end;
 }
 }  // namespace rapidjson
 
@@ -128,19 +167,24 @@ bool Emit(Writer& writer, const Value& value, std::size_t maxDepth) {
 
 }  // namespace
 
-std::string WriteCompact(const Value& value) {
-  StringOutput out;
+std::string WriteCompact(const Value& value, std::size_t expectedSize) {
+  StringOutput out(expectedSize);
   rapidjson::Writer<StringOutput> writer(out);
   Emit(writer, value, static_cast<std::size_t>(-1));
   return out.Take();
 }
 
-std::string WritePretty(const Value& value) {
-  StringOutput out;
+std::string WritePretty(const Value& value, std::size_t expectedSize) {
+  StringOutput out(expectedSize);
   rapidjson::PrettyWriter<StringOutput> writer(out);
   writer.SetIndent(' ', 4);
-  if (!Emit(writer, value, kMaxPrettyDepth)) return WriteCompact(value);
+  if (!Emit(writer, value, kMaxPrettyDepth)) return WriteCompact(value, expectedSize);
   return out.Take();
+}
+
+std::size_t ExpectedTextSize(const Node& node) noexcept {
+  // A whole document takes about as many bytes as text as three fifths of its arena.
+  return &node == &node.doc->root ? node.doc->arena.Footprint() / 5 * 3 : 0;
 }
 
 }  // namespace kova::json

@@ -1,5 +1,6 @@
 #include <KOVAMappingServices/ZANOmxJson.h>
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -48,7 +49,8 @@ ZANOmxJsonArray::~ZANOmxJsonArray() = default;
 
 int ZANOmxJsonArray::Length() const {
   if (!node_ || !node_->IsArray()) return 0;
-  return static_cast<int>(node_->size);
+  // Elements beyond the int range cannot be numbered; a loaded text can hold that many.
+  return static_cast<int>(std::min<std::uint32_t>(node_->size, std::numeric_limits<int>::max()));
 }
 
 HRESULT ZANOmxJsonArray::GetType(int index, ZANOmxJsonType& type) const {
@@ -128,10 +130,12 @@ HRESULT ZANOmxJsonArray::PutNull() {
 
 ZANUnicodeString ZANOmxJsonArray::ToString() const {
   if (!node_) return ZANUnicodeString("[]");
-  return ZANUnicodeString::FromValidUTF8(kova::json::WriteCompact(kova::json::AsValue(*node_)));
+  const kova::json::Value value = kova::json::AsValue(*node_);
+  return ZANUnicodeString::FromValidUTF8(kova::json::WriteCompact(value, kova::json::ExpectedTextSize(*node_)));
 }
 
 ZANUnicodeString ZANOmxJsonArray::PrettyPrint() const {
   if (!node_) return ZANUnicodeString("[]");
-  return ZANUnicodeString::FromValidUTF8(kova::json::WritePretty(kova::json::AsValue(*node_)));
+  const kova::json::Value value = kova::json::AsValue(*node_);
+  return ZANUnicodeString::FromValidUTF8(kova::json::WritePretty(value, kova::json::ExpectedTextSize(*node_)));
 }

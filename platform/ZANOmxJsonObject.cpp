@@ -171,10 +171,12 @@ HRESULT ZANOmxJsonObject::PutJsonArray(const ZANOmxKeyString& key, const ZANOmxJ
 
 ZANUnicodeString ZANOmxJsonObject::ToString() const {
   if (!node_) return ZANUnicodeString("{}");
-  return ZANUnicodeString::FromValidUTF8(kova::json::WriteCompact(kova::json::AsValue(*node_)));
+  const kova::json::Value value = kova::json::AsValue(*node_);
+  return ZANUnicodeString::FromValidUTF8(kova::json::WriteCompact(value, kova::json::ExpectedTextSize(*node_)));
 }
 
 ZANUnicodeString ZANOmxJsonObject::PrettyPrint() const {
   if (!node_) return ZANUnicodeString("{}");
-  return ZANUnicodeString::FromValidUTF8(kova::json::WritePretty(kova::json::AsValue(*node_)));
+  const kova::json::Value value = kova::json::AsValue(*node_);
+  return ZANUnicodeString::FromValidUTF8(kova::json::WritePretty(value, kova::json::ExpectedTextSize(*node_)));
 }

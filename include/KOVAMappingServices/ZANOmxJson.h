@@ -18,8 +18,8 @@
 //  - numbers of any size or precision load, and keep the text they were written with;
 //  - duplicate keys in one object: the last value wins, the key keeps the place of its first
 //    appearance;
-//  - a null text pointer with a non-zero length gives ZAN_E_INVALIDARG; running out of memory
-//    gives E_FAIL.
+//  - a null text pointer with a non-zero length gives ZAN_E_INVALIDARG; running out of memory,
+//    or a text of 4 GiB or more, gives E_FAIL.
 //
 // Getters return S_OK, ZAN_E_NOTFOUND when the key is absent (or an array index is out of
 // range, or the handle is not onto an object), ZAN_E_TYPEMISMATCH when the value has another
@@ -54,11 +54,14 @@ struct Node;  // the value tree behind the handles (internal)
 
 // A key of a JSON object, made where it is passed: from a string (copied) or from a character
 // pointer. A key made from a character pointer refers to that text without copying it, so the
-// text must outlive the key; string literals are the intended use.
+// text must outlive the key; string literals are the intended use. One key is not meant to be
+// used by several threads at once.
 class KOVA_EXPORT ZANOmxKeyString {
  public:
-  ZANOmxKeyString(const ZANUnicodeString& key) : text_(nullptr), size_(0), key_(key) {}  // NOLINT: keys convert from text
-  ZANOmxKeyString(const char* key) noexcept                                                // NOLINT
+  // NOLINTNEXTLINE(google-explicit-constructor): keys convert from text
+  ZANOmxKeyString(const ZANUnicodeString& key) : text_(nullptr), size_(0), key_(key) {}
+  // NOLINTNEXTLINE(google-explicit-constructor)
+  ZANOmxKeyString(const char* key) noexcept
       : text_(key != nullptr ? key : ""), size_(std::char_traits<char>::length(text_)) {}
   // The key as a string; the text of a key made from a character pointer is read as UTF-8, with
   // ill-formed sequences replaced as ZANUnicodeString does.

@@ -35,6 +35,47 @@ TEST(ZANOmxJsonText, OnlyQuoteBackslashAndControlCharactersAreEscaped) {
             "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80 <>&'\"}");
 }
 
+TEST(ZANOmxJsonText, EscapesAtEveryPlaceOfLongStrings) {
+  struct Special {
+    char c;
+    const char* written;
+  };
+  const Special specials[] = {{'"', "\\\""}, {'\\', "\\\\"}, {'\n', "\\n"}, {'\x01', "\\u0001"},
+                              {'\x1F', "\\u001F"}, {'\x7F', "\x7F"}, {' ', " "}};
+  for (std::size_t length = 1; length < 48; ++length) {
+    for (std::size_t at = 0; at < length; ++at) {
+      for (const Special& special : specials) {
+        std::string raw(length, 'x');
+        raw[at] = special.c;
+        raw[length - 1 - at] = raw[length - 1 - at] == 'x' ? '\xC3' : raw[length - 1 - at];
+        std::string expected = "[\"";
+        for (std::size_t i = 0; i < length; ++i) {
+          if (raw[i] == special.c) {
+            expected += special.written;
+          } else if (raw[i] == '\xC3') {
+            expected += "\xC3\xA9";
+          } else {
+            expected += raw[i];
+          }
+        }
+        expected += "\"]";
+        // The lone lead byte stands for the two bytes of U+00E9.
+        std::string text;
+        for (const char c : raw) {
+          if (c == '\xC3') {
+            text += "\xC3\xA9";
+          } else {
+            text += c;
+          }
+        }
+        ZANOmxJsonArray array;
+        ASSERT_EQ(array.PutString(ZANUnicodeString(text)), S_OK);
+        ASSERT_EQ(array.ToString().ConvertToChar(), expected) << "length " << length << " at " << at;
+      }
+    }
+  }
+}
+
 TEST(ZANOmxJsonText, EscapedInputIsWrittenAsRawUtf8) {
   const ZANOmxJsonObject object = Parse(R"({"s":"\u00e9\u4e2d\ud83d\ude00\u0041\/"})");
   EXPECT_EQ(Text(object), "{\"s\":\"\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80" "A/\"}");
