@@ -17,4 +17,9 @@ if(KOVA_BUILD_TOOLS)
       COMMAND bash ${KOVA_TOOL_TESTS}/run_case.sh $<TARGET_FILE:kova-mapping> ${case} ${PROJECT_SOURCE_DIR})
     set_tests_properties(tool.${name} PROPERTIES ENVIRONMENT_MODIFICATION "${KOVA_UNSET_SWITCHES}")
   endforeach()
+
+  # The tool installed with the library into a temporary prefix, and the pkg-config file.
+  add_test(NAME tool.install
+    COMMAND bash ${KOVA_TOOL_TESTS}/install_test.sh ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+  set_tests_properties(tool.install PROPERTIES ENVIRONMENT_MODIFICATION "${KOVA_UNSET_SWITCHES}")
 endif()

@@ -30,7 +30,9 @@ struct ObjectState {
 };
 
 std::string VersionedStamp(const KOVAMappingPrivateObject& object) {
-  return "V" + std::to_string(object.GetKSSVersion()) + ":" + std::string(object.GetKSStamp().View());
+  std::string text = "V";
+  text.append(std::to_string(object.GetKSSVersion())).append(":").append(object.GetKSStamp().View());
+  return text;
 }
 
 ObjectState StateOf(const KOVAMappingPrivateObject& object) {
