@@ -19,7 +19,11 @@ if(KOVA_BUILD_TOOLS)
   endforeach()
 
   # The tool installed with the library into a temporary prefix, and the pkg-config file.
+  set(KOVA_CONSUMER_FLAGS "")
+  if(KOVA_SANITIZE)
+    set(KOVA_CONSUMER_FLAGS "-fsanitize=address,undefined")
+  endif()
   add_test(NAME tool.install
-    COMMAND bash ${KOVA_TOOL_TESTS}/install_test.sh ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+    COMMAND bash ${KOVA_TOOL_TESTS}/install_test.sh ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR} "${KOVA_CONSUMER_FLAGS}")
   set_tests_properties(tool.install PROPERTIES ENVIRONMENT_MODIFICATION "${KOVA_UNSET_SWITCHES}")
 endif()

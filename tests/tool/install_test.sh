@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
 # Installs the build into a temporary prefix and runs the installed kova-mapping on the installed
 # example documents; then builds the consumer program with the installed pkg-config file.
-#   install_test.sh BUILD_DIR SOURCE_DIR
+#   install_test.sh BUILD_DIR SOURCE_DIR [COMPILER_FLAGS]
+# COMPILER_FLAGS are those the library was built with that a program linking it needs too (the
+# sanitizer flags of a sanitizer build).
 set -euo pipefail
 build_dir="$1"
 source_dir="$2"
+compiler_flags="${3:-}"
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 cmake --install "$build_dir" --prefix "$work/prefix" >/dev/null
@@ -17,7 +20,8 @@ fail() { echo "FAIL: $*"; exit 1; }
 [ -x "$tool" ] || fail "no installed tool"
 [ -f "$prefix/share/doc/KOVAMappingServices/kova-mapping.md" ] || fail "no installed manual"
 # The installed tool uses the installed library, not the build tree's.
-ldd "$tool" | grep -q "libKOVAMappingServices.so.1 => $prefix/" || fail "library not found beside the tool: $(ldd "$tool")"
+libraries="$(ldd "$tool")"
+grep -q "libKOVAMappingServices.so.1 => $prefix/" <<<"$libraries" || fail "library not found beside the tool: $libraries"
 
 version="$("$tool" --version)"
 [ "$version" = "kova-mapping 1.0.0 (KOVAMappingServices 1.0.0, writes mapping documents of version 12)" ] ||
@@ -50,7 +54,7 @@ export PKG_CONFIG_PATH="$(dirname "$pc_file")"
 [ "$(pkg-config --modversion KOVAMappingServices)" = "1.0.0" ] || fail "pkg-config version"
 libdir="$(pkg-config --variable=libdir KOVAMappingServices)"
 # shellcheck disable=SC2046
-g++ -std=c++20 "$source_dir/tests/install/consumer/main.cpp" $(pkg-config --cflags --libs KOVAMappingServices) \
+g++ -std=c++20 $compiler_flags "$source_dir/tests/install/consumer/main.cpp" $(pkg-config --cflags --libs KOVAMappingServices) \
   -Wl,-rpath,"$libdir" -o "$work/consumer"
 [ "$("$work/consumer")" = "consumer ok" ] || fail "the pkg-config consumer did not run"
 echo "installed tool, examples and pkg-config file work"
