@@ -7,7 +7,7 @@ packages=(
   g++ cmake ninja-build pkg-config
   libsimdjson-dev rapidjson-dev libdeflate-dev libssl-dev
   libcli11-dev
-  libgtest-dev libgmock-dev libbenchmark-dev zlib1g-dev openssl
+  libgtest-dev libgmock-dev libbenchmark-dev zlib1g-dev openssl perl
 )
 
 missing=()

@@ -1,0 +1,29 @@
+# The kova-mapping tool: its parts, the built tool run as users run it, and the installed tool.
+if(KOVA_BUILD_TOOLS)
+  set(KOVA_TOOL_TESTS ${CMAKE_CURRENT_SOURCE_DIR}/tool)
+
+  kova_env_test(kova_tool_parts
+    SOURCES ${KOVA_TOOL_TESTS}/ToolText_test.cpp ${KOVA_TOOL_TESTS}/ToolGenerator_test.cpp)
+  target_link_libraries(kova_tool_parts PRIVATE kova_mapping_tool)
+  kova_env_test(kova_tool_library_log SOURCES ${KOVA_TOOL_TESTS}/ToolLibraryLog_test.cpp SET ActivateKOVALogger)
+  target_link_libraries(kova_tool_library_log PRIVATE kova_mapping_tool)
+
+  # Each tests/tool/cases/*.sh runs the built tool: exit statuses, exact output lines, standard
+  # input and -o. The switches are unset unless a case sets them for one command.
+  file(GLOB KOVA_TOOL_CASES CONFIGURE_DEPENDS ${KOVA_TOOL_TESTS}/cases/*.sh)
+  foreach(case IN LISTS KOVA_TOOL_CASES)
+    get_filename_component(name ${case} NAME_WE)
+    add_test(NAME tool.${name}
+      COMMAND bash ${KOVA_TOOL_TESTS}/run_case.sh $<TARGET_FILE:kova-mapping> ${case} ${PROJECT_SOURCE_DIR})
+    set_tests_properties(tool.${name} PROPERTIES ENVIRONMENT_MODIFICATION "${KOVA_UNSET_SWITCHES}")
+  endforeach()
+
+  # The tool installed with the library into a temporary prefix, and the pkg-config file.
+  set(KOVA_CONSUMER_FLAGS "")
+  if(KOVA_SANITIZE)
+    set(KOVA_CONSUMER_FLAGS "-fsanitize=address,undefined")
+  endif()
+  add_test(NAME tool.install
+    COMMAND bash ${KOVA_TOOL_TESTS}/install_test.sh ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR} "${KOVA_CONSUMER_FLAGS}")
+  set_tests_properties(tool.install PROPERTIES ENVIRONMENT_MODIFICATION "${KOVA_UNSET_SWITCHES}")
+endif()

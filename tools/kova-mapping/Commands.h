@@ -1,0 +1,81 @@
+// The commands of kova-mapping. Each takes its parsed options and returns the exit status; an
+// error that stops a command is thrown as ToolError (main reports it).
+#ifndef KOVA_TOOLS_KOVA_MAPPING_COMMANDS_H_
+#define KOVA_TOOLS_KOVA_MAPPING_COMMANDS_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kova::tool {
+
+// check FILE...: one line a document; 0 when all read, 1 otherwise.
+struct CheckOptions {
+  std::vector<std::string> files;
+  std::string output;
+};
+int RunCheck(const CheckOptions& options);
+
+// dump FILE: the table's dump and its custom data lines; 1 when the read failed.
+struct DumpOptions {
+  std::string file;
+  std::string output;
+};
+int RunDump(const DumpOptions& options);
+
+// convert FILE: the document in the current version, plain or enveloped.
+struct ConvertOptions {
+  std::string file;
+  std::string output;
+  bool compress = false;
+  bool plain = false;
+};
+int RunConvert(const ConvertOptions& options);
+
+// pack FILE / unpack FILE: the envelope of a text, and the text of an envelope.
+struct EnvelopeOptions {
+  std::string file;
+  std::string output;
+};
+int RunPack(const EnvelopeOptions& options);
+int RunUnpack(const EnvelopeOptions& options);
+
+// stamp ATTRS.json: the stamp of attribute values, or its stamp text.
+struct StampOptions {
+  std::string file;
+  std::string output;
+  std::string names;  // comma-separated; empty: every attribute of the file (map form)
+  bool namesGiven = false;
+  bool text = false;
+};
+int RunStamp(const StampOptions& options);
+
+// ces CESTAMP: the stamp derived from a CE stamp.
+struct CesOptions {
+  std::string ceStamp;
+  std::string output;
+};
+int RunCes(const CesOptions& options);
+
+// diff OLD NEW: 0 equal, 1 different (errors are 2, set by main).
+struct DiffOptions {
+  std::string oldFile;
+  std::string newFile;
+  std::string output;
+};
+int RunDiff(const DiffOptions& options);
+
+// generate: a synthetic document.
+struct GenerateOptions {
+  std::int64_t references = 1;
+  std::int64_t instances = 0;
+  int version = 0;  // 0: the current version
+  std::uint32_t seed = 1;
+  bool compress = false;
+  std::string output;
+};
+int RunGenerate(const GenerateOptions& options);
+
+}  // namespace kova::tool
+
+#endif  // KOVA_TOOLS_KOVA_MAPPING_COMMANDS_H_

@@ -1,0 +1,108 @@
+#include "Documents.h"
+
+#include <KOVAMappingServices/KOVAMappingParser.h>
+#include <KOVAMappingServices/KOVAMappingPrivateTable.h>
+#include <KOVAMappingServices/KOVAPrivateAccess.h>
+#include <KOVAMappingServices/ZANBaseUnknown.h>
+
+#include <stdexcept>
+
+#include "LibraryLog.h"
+#include "Status.h"
+
+namespace kova::tool {
+
+namespace {
+
+// What a status means when the reader logged nothing about it.
+std::string ReadStatusMeaning(HRESULT status) {
+  switch (status) {
+    case E_FAIL: return "document rejected";
+    case ZAN_E_TYPEMISMATCH: return "wrong type (\"References\", \"Instances\" or one of their elements)";
+    default: return StatusMeaning(status);
+  }
+}
+
+}  // namespace
+
+std::string DocumentRead::ErrorText() const {
+  if (!exception.empty()) return "error: " + exception;
+  std::string text = "error " + FormatStatus(status) + ": ";
+  if (messages.empty()) return text + ReadStatusMeaning(status);
+  for (std::size_t i = 0; i < messages.size(); ++i) {
+    if (i > 0) text.append("; ");
+    text.append(messages[i]);
+  }
+  return text;
+}
+
+DocumentRead ReadDocument(const std::string& text) {
+  DocumentRead read;
+  LibraryLogCapture capture;
+  try {
+    read.status = KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString(text), ZANBaseUnknown(), read.table);
+  } catch (const std::out_of_range& error) {
+    read.exception = DescribeLibraryException(error);
+  } catch (const std::invalid_argument& error) {
+    read.exception = DescribeLibraryException(error);
+  }
+  read.messages = capture.FailureMessages();
+  return read;
+}
+
+ZANUnicodeString PackText(const ZANUnicodeString& text, const std::string& name) {
+  ZANUnicodeString envelope;
+  HRESULT status = S_OK;
+  std::vector<std::string> messages;
+  {
+    LibraryLogCapture capture;
+    status = KOVAMappingParser::CompressMTWithPrefix(text, envelope);
+    messages = capture.FailureMessages();
+  }
+  if (status < 0) {
+    throw ToolError(name + ": cannot pack: error " + FormatStatus(status) + ": " + StatusMeaning(status));
+  }
+  for (const std::string& message : messages) {
+    if (message == "COMPRESSION FAILED") throw ToolError(name + ": cannot pack: the compression failed");
+  }
+  return envelope;
+}
+
+ZANUnicodeString UnpackText(const ZANUnicodeString& text, const std::string& name) {
+  ZANUnicodeString opened = text;
+  HRESULT status = S_OK;
+  {
+    LibraryLogCapture capture;
+    try {
+      status = KOVAMappingParser::TryDecompressMT(opened);
+    } catch (const std::out_of_range& error) {
+      throw ToolError(name + ": cannot unpack: " + DescribeLibraryException(error));
+    } catch (const std::invalid_argument& error) {
+      throw ToolError(name + ": cannot unpack: " + DescribeLibraryException(error));
+    }
+  }
+  if (status >= 0) return opened;
+  std::string reason;
+  if (status == E_FAIL) {
+    // The prefix is removed before its size is looked at: a text that changed had an envelope
+    // whose size field is 0.
+    reason = opened == text ? "no envelope found" : "the envelope's size field is 0";
+  } else if (status == ZAN_E_INVALIDDATA) {
+    reason = "the envelope's payload is not base64";
+  } else if (status == ZANZ_E_INSUFFICIENTBUFFER) {
+    reason = "insufficient buffer (the envelope's size field is smaller than the text it holds)";
+  } else {
+    reason = StatusMeaning(status);
+  }
+  throw ToolError(name + ": cannot unpack: error " + FormatStatus(status) + ": " + reason);
+}
+
+std::int32_t RecordedVersion(KOVAMappingTable& table) { return KOVAPrivateAccess::GetPrivate(table)->GetVersion(); }
+
+std::optional<std::string> RootId(KOVAMappingTable& table) {
+  KOVAMappingReference root;
+  if (table.GetRootReference(root) < 0) return std::nullopt;
+  return root.GetKOVAID().Str();
+}
+
+}  // namespace kova::tool

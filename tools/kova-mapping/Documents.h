@@ -1,0 +1,48 @@
+// Reading mapping documents through the library, with the reader's diagnostics.
+#ifndef KOVA_TOOLS_KOVA_MAPPING_DOCUMENTS_H_
+#define KOVA_TOOLS_KOVA_MAPPING_DOCUMENTS_H_
+
+#include <KOVAMappingServices/KOVAMappingTable.h>
+#include <KOVAMappingServices/ZANStatus.h>
+#include <KOVAMappingServices/ZANUnicodeString.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kova::tool {
+
+struct DocumentRead {
+  KOVAMappingTable table;             // what was read, also after a failure
+  HRESULT status = S_OK;              // TranslateToMappingTable's status
+  std::vector<std::string> messages;  // the failure messages the library logged
+  std::string exception;              // set when a library exception stopped the read
+
+  bool Ok() const { return exception.empty() && status >= 0; }
+  // "error 0x80004005: MESSAGE; MESSAGE", the status's meaning standing in for messages when none
+  // was logged, or "error: REASON" when an exception stopped the read.
+  std::string ErrorText() const;
+};
+
+// Reads a document of versions 6 to 12, plain or enveloped, with TranslateToMappingTable. Never
+// throws for bad input: the envelope's size exceptions are reported in the result.
+DocumentRead ReadDocument(const std::string& text);
+
+// The envelope of text (CompressMTWithPrefix). Throws ToolError "NAME: cannot pack: REASON" when
+// the library reports a failure, or logs that the compression itself failed (the envelope would
+// then hold no document).
+ZANUnicodeString PackText(const ZANUnicodeString& text, const std::string& name);
+
+// The text held by the envelope in text (TryDecompressMT). Throws ToolError
+// "NAME: cannot unpack: REASON" when there is no envelope or it does not open.
+ZANUnicodeString UnpackText(const ZANUnicodeString& text, const std::string& name);
+
+// The version recorded on the table by the reader.
+std::int32_t RecordedVersion(KOVAMappingTable& table);
+// The kOVA id of the table's root reference, if it has one.
+std::optional<std::string> RootId(KOVAMappingTable& table);
+
+}  // namespace kova::tool
+
+#endif  // KOVA_TOOLS_KOVA_MAPPING_DOCUMENTS_H_
