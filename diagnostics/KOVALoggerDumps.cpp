@@ -7,6 +7,8 @@
 #include <KOVAMappingServices/KOVAMappingTable.h>
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
 
+#include "model/MappingIndex.h"
+
 #include <string>
 
 namespace {
@@ -36,11 +38,11 @@ void AppendInstance(std::string& out, const KOVAMappingInstance& instance) {
   AppendTail(out, *object);
 }
 
-void AppendReference(std::string& out, KOVAMappingReference& reference) {
+void AppendReference(std::string& out, const KOVAMappingReference& reference) {
   const auto object = KOVAPrivateAccess::GetPrivate(reference);
   AppendHead(out, *object);
   AppendTail(out, *object);
-  std::vector<KOVAMappingInstance>& instances = object->GetInstances();
+  const std::vector<KOVAMappingInstance>& instances = kova::model::IndexAccess::Instances(*object);
   if (instances.empty()) return;
   out.append("\t\tInstances:[\n");
   for (const KOVAMappingInstance& instance : instances) {
@@ -70,7 +72,8 @@ ZANUnicodeString KOVALogger::ToString(KOVAMappingTable& table) {
   out.append("{ version:");
   AppendNumber(out, KOVAPrivateAccess::GetPrivate(table)->GetVersion());
   out.append("\n\tReferences:[\n");
-  for (KOVAMappingReference& reference : table.GetReferences()) {
+  for (const KOVAMappingReference& reference :
+       kova::model::IndexAccess::References(*KOVAPrivateAccess::GetPrivate(table))) {
     out.push_back('\t');
     AppendReference(out, reference);
   }

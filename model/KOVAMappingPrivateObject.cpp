@@ -2,6 +2,8 @@
 
 #include <KOVAMappingServices/KOVAKSSVersioning.h>
 
+#include "model/MappingIndex.h"
+
 #include <string>
 #include <utility>
 
@@ -21,7 +23,18 @@ KOVAMappingPrivateObject::KOVAMappingPrivateObject(ZANUnicodeString kovaId, ZANU
 }
 
 KOVAMappingPrivateObject::KOVAMappingPrivateObject(const KOVAMappingPrivateObject& other) = default;
-KOVAMappingPrivateObject& KOVAMappingPrivateObject::operator=(const KOVAMappingPrivateObject& other) = default;
+KOVAMappingPrivateObject& KOVAMappingPrivateObject::operator=(const KOVAMappingPrivateObject& other) {
+  kovaId_ = other.kovaId_;
+  plexoId_ = other.plexoId_;
+  kssStamp_ = other.kssStamp_;
+  customData_ = other.customData_;
+  isLocal_ = other.isLocal_;
+  kssVersion_ = other.kssVersion_;
+  // The ids and is-local flag may have changed under the indexes of the containers holding this
+  // object.
+  kova::model::BumpIdentityEpoch();
+  return *this;
+}
 KOVAMappingPrivateObject::~KOVAMappingPrivateObject() = default;
 
 ZANUnicodeString KOVAMappingPrivateObject::GetKOVAID() const { return kovaId_; }
@@ -33,11 +46,13 @@ std::int32_t KOVAMappingPrivateObject::GetKSSVersion() const { return kssVersion
 
 KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetKOVAID(const ZANUnicodeString& kovaId) {
   kovaId_ = kovaId;
+  kova::model::BumpIdentityEpoch();
   return *this;
 }
 
 KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetPlexoID(const ZANUnicodeString& plexoId) {
   plexoId_ = plexoId;
+  kova::model::BumpIdentityEpoch();
   return *this;
 }
 
@@ -48,6 +63,7 @@ KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetCustomData(const ZANUnico
 
 KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetIsLocal(const bool& isLocal) {
   isLocal_ = isLocal;
+  kova::model::BumpIdentityEpoch();
   return *this;
 }
 

@@ -2,10 +2,16 @@
 
 #include <KOVAMappingServices/ZANEnvironment.h>
 
+#include "model/MappingIndex.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace {
+
+using kova::model::IndexAccess;
+using kova::model::TableIndexes;
+constexpr std::uint32_t kNone = kova::model::FirstPositionMap::kNone;
 
 // The document version of this process, fixed when the library is loaded.
 const std::int32_t kCurrentVersion = ZANGetEnv("RollBackMappingVersion").has_value() ? 11 : 12;
@@ -16,12 +22,16 @@ std::int32_t KOVAMappingPrivateTable::GetCurrentVersion() { return kCurrentVersi
 
 KOVAMappingPrivateTable::KOVAMappingPrivateTable() : version_(kCurrentVersion) {}
 
+// The copy starts without indexes and with its own vector, not handed out.
 KOVAMappingPrivateTable::KOVAMappingPrivateTable(const KOVAMappingPrivateTable& other)
     : std::enable_shared_from_this<KOVAMappingPrivateTable>(), version_(other.version_), references_(other.references_) {}
 
 KOVAMappingPrivateTable& KOVAMappingPrivateTable::operator=(const KOVAMappingPrivateTable& other) {
   version_ = other.version_;
-  if (this != &other) references_ = other.references_;
+  if (this != &other) {
+    references_ = other.references_;
+    indexes_.reset();
+  }
   return *this;
 }
 
@@ -34,41 +44,118 @@ KOVAMappingPrivateTable& KOVAMappingPrivateTable::SetVersion(const std::int32_t&
   return *this;
 }
 
-HRESULT KOVAMappingPrivateTable::AddReference(KOVAMappingReference reference) {
-  for (const KOVAMappingReference& stored : references_) {
-    if (stored == reference) return E_FAIL;
+TableIndexes& KOVAMappingPrivateTable::Indexes() {
+  if (!indexes_) indexes_ = std::make_unique<TableIndexes>();
+  return *indexes_;
+}
+
+namespace {
+
+// The plain walks, used whenever an index cannot be trusted. They read the containers in place
+// (nothing is handed out, no id is copied) and give the answers of the documented algorithms.
+std::uint32_t WalkEqual(const std::vector<KOVAMappingReference>& references, const KOVAMappingReference& reference) {
+  for (std::size_t i = 0; i < references.size(); ++i) {
+    if (references[i] == reference) return static_cast<std::uint32_t>(i);
   }
-  // At most one reference that is not local: the root.
-  if (HasRootReference() && !reference.GetIsLocal()) return E_FAIL;
+  return kNone;
+}
+
+std::uint32_t WalkFirstNotLocal(const std::vector<KOVAMappingReference>& references) {
+  for (std::size_t i = 0; i < references.size(); ++i) {
+    if (!IndexAccess::IsLocal(IndexAccess::Data(references[i]))) return static_cast<std::uint32_t>(i);
+  }
+  return kNone;
+}
+
+template <bool kKova>
+const KOVAMappingInstance* WalkInstance(const std::vector<KOVAMappingReference>& references,
+                                        const ZANUnicodeString& id) {
+  for (const KOVAMappingReference& reference : references) {
+    for (const KOVAMappingInstance& instance : IndexAccess::Instances(reference)) {
+      if ((kKova ? IndexAccess::KovaId(instance) : IndexAccess::PlexoId(instance)) == id) return &instance;
+    }
+  }
+  return nullptr;
+}
+
+// Position of the first stored reference equal to reference (either-id rule), or kNone.
+std::uint32_t FindEqualReference(std::vector<KOVAMappingReference>& references, bool handedOut,
+                                 TableIndexes& indexes, const KOVAMappingReference& reference) {
+  if (!handedOut && indexes.references.Usable(references)) {
+    return indexes.references.FindEqual(references, IndexAccess::Data(reference));
+  }
+  return WalkEqual(references, reference);
+}
+
+}  // namespace
+
+HRESULT KOVAMappingPrivateTable::AddReference(KOVAMappingReference reference) {
+  TableIndexes& indexes = Indexes();
+  const bool indexed = !referencesHandedOut_ && indexes.references.Usable(references_);
+  if (indexed) {
+    if (indexes.references.FindEqual(references_, IndexAccess::Data(reference)) != kNone) return E_FAIL;
+    // At most one reference that is not local: the root.
+    if (indexes.references.FirstNotLocal() != kNone && !reference.GetIsLocal()) return E_FAIL;
+  } else {
+    if (WalkEqual(references_, reference) != kNone) return E_FAIL;
+    if (WalkFirstNotLocal(references_) != kNone && !reference.GetIsLocal()) return E_FAIL;
+  }
+  const bool instancesExact = !referencesHandedOut_ && indexes.instances.Exact();
   references_.push_back(reference);
+  const auto position = static_cast<std::uint32_t>(references_.size() - 1);
+  if (indexed) indexes.references.Appended(references_, position);
+  if (instancesExact) {
+    indexes.instances.AppendedReference(references_, position);
+  } else {
+    indexes.instances.Drop();
+  }
   return S_OK;
 }
 
 HRESULT KOVAMappingPrivateTable::AddInstance(KOVAMappingInstance& instance, KOVAMappingReference reference) {
-  for (std::size_t i = 0; i < references_.size(); ++i) {
-    if (references_[i] == reference) return references_[i].AddInstance(instance);
+  TableIndexes& indexes = Indexes();
+  const std::uint32_t position = FindEqualReference(references_, referencesHandedOut_, indexes, reference);
+  if (position == kNone) return E_FAIL;
+  // The table-wide instance index follows the append when it was exact before and the append is
+  // the only change of any instance vector in between.
+  const bool instancesExact = !referencesHandedOut_ && indexes.instances.Exact();
+  const std::uint64_t before = kova::model::InstanceVectorsEpoch();
+  const HRESULT status = references_[position].AddInstance(instance);
+  if (status == S_OK && instancesExact && kova::model::InstanceVectorsEpoch() == before + 1 &&
+      before == indexes.instances.KnownInstanceEpoch()) {
+    indexes.instances.AppendedInstance(references_, position);
   }
-  return E_FAIL;
+  return status;
 }
 
 HRESULT KOVAMappingPrivateTable::RemoveReference(KOVAMappingReference reference) {
   if (references_.empty()) return E_FAIL;
-  const auto found = std::find(references_.begin(), references_.end(), reference);
-  if (found == references_.end()) return E_FAIL;
-  references_.erase(found);
+  TableIndexes& indexes = Indexes();
+  const std::uint32_t position = FindEqualReference(references_, referencesHandedOut_, indexes, reference);
+  if (position == kNone) return E_FAIL;
+  references_.erase(references_.begin() + position);
+  // Positions after the removed one moved.
+  indexes.references.Drop();
+  indexes.instances.Drop();
   return S_OK;
 }
 
 HRESULT KOVAMappingPrivateTable::RemoveInstance(KOVAMappingInstance& instance, KOVAMappingReference reference) {
-  for (KOVAMappingReference& stored : references_) {
-    if (stored == reference) return stored.RemoveInstance(instance);
-  }
-  return E_FAIL;
+  const std::uint32_t position = FindEqualReference(references_, referencesHandedOut_, Indexes(), reference);
+  if (position == kNone) return E_FAIL;
+  return references_[position].RemoveInstance(instance);
 }
 
 HRESULT KOVAMappingPrivateTable::GetReferenceFromKOVAId(ZANUnicodeString id, KOVAMappingReference& out) {
+  TableIndexes& indexes = Indexes();
+  if (!referencesHandedOut_ && indexes.references.Usable(references_)) {
+    const std::uint32_t position = indexes.references.FindKova(references_, id);
+    if (position == kNone) return E_FAIL;
+    out = references_[position];
+    return S_OK;
+  }
   for (const KOVAMappingReference& stored : references_) {
-    if (stored.GetKOVAID() == id) {
+    if (IndexAccess::KovaId(stored) == id) {
       out = stored;
       return S_OK;
     }
@@ -77,8 +164,15 @@ HRESULT KOVAMappingPrivateTable::GetReferenceFromKOVAId(ZANUnicodeString id, KOV
 }
 
 HRESULT KOVAMappingPrivateTable::GetReferenceFromPlexoId(ZANUnicodeString id, KOVAMappingReference& out) {
+  TableIndexes& indexes = Indexes();
+  if (!referencesHandedOut_ && indexes.references.Usable(references_)) {
+    const std::uint32_t position = indexes.references.FindPlexo(references_, id);
+    if (position == kNone) return E_FAIL;
+    out = references_[position];
+    return S_OK;
+  }
   for (const KOVAMappingReference& stored : references_) {
-    if (stored.GetPlexoID() == id) {
+    if (IndexAccess::PlexoId(stored) == id) {
       out = stored;
       return S_OK;
     }
@@ -87,50 +181,54 @@ HRESULT KOVAMappingPrivateTable::GetReferenceFromPlexoId(ZANUnicodeString id, KO
 }
 
 HRESULT KOVAMappingPrivateTable::GetInstanceFromKOVAId(ZANUnicodeString id, KOVAMappingInstance& out) {
-  for (KOVAMappingReference& reference : references_) {
-    for (const KOVAMappingInstance& instance : reference.GetInstances()) {
-      if (instance.GetKOVAID() == id) {
-        out = instance;
-        return S_OK;
-      }
-    }
-  }
-  return E_FAIL;
+  TableIndexes& indexes = Indexes();
+  const KOVAMappingInstance* found = indexes.instances.Usable(references_, referencesHandedOut_)
+                                         ? indexes.instances.FindKova(references_, id)
+                                         : WalkInstance<true>(references_, id);
+  if (found == nullptr) return E_FAIL;
+  out = *found;
+  return S_OK;
 }
 
 HRESULT KOVAMappingPrivateTable::GetInstanceFromPlexoId(ZANUnicodeString id, KOVAMappingInstance& out) {
-  for (KOVAMappingReference& reference : references_) {
-    for (const KOVAMappingInstance& instance : reference.GetInstances()) {
-      if (instance.GetPlexoID() == id) {
-        out = instance;
-        return S_OK;
-      }
-    }
-  }
-  return E_FAIL;
+  TableIndexes& indexes = Indexes();
+  const KOVAMappingInstance* found = indexes.instances.Usable(references_, referencesHandedOut_)
+                                         ? indexes.instances.FindPlexo(references_, id)
+                                         : WalkInstance<false>(references_, id);
+  if (found == nullptr) return E_FAIL;
+  out = *found;
+  return S_OK;
 }
 
 HRESULT KOVAMappingPrivateTable::GetRootReference(KOVAMappingReference& out) {
-  for (const KOVAMappingReference& stored : references_) {
-    if (!stored.GetIsLocal()) {
-      out = stored;
-      return S_OK;
-    }
-  }
-  return E_FAIL;
+  TableIndexes& indexes = Indexes();
+  const std::uint32_t position = !referencesHandedOut_ && indexes.references.Usable(references_)
+                                     ? indexes.references.FirstNotLocal()
+                                     : WalkFirstNotLocal(references_);
+  if (position == kNone) return E_FAIL;
+  out = references_[position];
+  return S_OK;
 }
 
 bool KOVAMappingPrivateTable::HasRootReference() {
-  return std::any_of(references_.begin(), references_.end(),
-                     [](const KOVAMappingReference& stored) { return !stored.GetIsLocal(); });
+  TableIndexes& indexes = Indexes();
+  if (!referencesHandedOut_ && indexes.references.Usable(references_)) {
+    return indexes.references.FirstNotLocal() != kNone;
+  }
+  return WalkFirstNotLocal(references_) != kNone;
 }
 
-std::vector<KOVAMappingReference>& KOVAMappingPrivateTable::GetReferences() { return references_; }
+std::vector<KOVAMappingReference>& KOVAMappingPrivateTable::GetReferences() {
+  // The caller may change the vector at any later time: the table is walked from now on.
+  referencesHandedOut_ = true;
+  indexes_.reset();
+  return references_;
+}
 
 std::vector<KOVAMappingInstance> KOVAMappingPrivateTable::GetInstances() {
   std::vector<KOVAMappingInstance> all;
-  for (KOVAMappingReference& reference : references_) {
-    const std::vector<KOVAMappingInstance>& instances = reference.GetInstances();
+  for (const KOVAMappingReference& reference : references_) {
+    const std::vector<KOVAMappingInstance>& instances = IndexAccess::Instances(reference);
     all.insert(all.end(), instances.begin(), instances.end());
   }
   return all;
@@ -138,9 +236,9 @@ std::vector<KOVAMappingInstance> KOVAMappingPrivateTable::GetInstances() {
 
 std::vector<KOVAMappingObject> KOVAMappingPrivateTable::GetContent() {
   std::vector<KOVAMappingObject> content;
-  for (KOVAMappingReference& reference : references_) {
+  for (const KOVAMappingReference& reference : references_) {
     content.emplace_back(reference);
-    for (const KOVAMappingInstance& instance : reference.GetInstances()) content.emplace_back(instance);
+    for (const KOVAMappingInstance& instance : IndexAccess::Instances(reference)) content.emplace_back(instance);
   }
   return content;
 }

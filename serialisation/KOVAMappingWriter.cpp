@@ -5,6 +5,7 @@
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
 
+#include "model/MappingIndex.h"
 #include "serialisation/CompressionSwitch.h"
 
 namespace {
@@ -46,7 +47,7 @@ ZANOmxJsonObject ReferenceObject(const KOVAMappingReference& reference) {
   object.PutString("kOVAId", data->GetKOVAID());
   PutStamp(object, *data);
   ZANOmxJsonArray instances;
-  for (const KOVAMappingInstance& instance : data->GetInstances()) instances.PutJsonObject(InstanceObject(instance));
+  for (const KOVAMappingInstance& instance : kova::model::IndexAccess::Instances(*data)) instances.PutJsonObject(InstanceObject(instance));
   if (instances.Length() > 0) object.PutJsonArray("Instances", instances);
   return object;
 }
@@ -57,7 +58,8 @@ ZANUnicodeString KOVAMappingParser::TranslateToString(KOVAMappingTable& table) {
   ZANOmxJsonObject root;
   root.PutInteger("version", KOVAMappingPrivateTable::GetCurrentVersion());
   ZANOmxJsonArray references;
-  for (const KOVAMappingReference& reference : table.GetReferences()) {
+  for (const KOVAMappingReference& reference :
+       kova::model::IndexAccess::References(*KOVAPrivateAccess::GetPrivate(table))) {
     references.PutJsonObject(ReferenceObject(reference));
   }
   root.PutJsonArray("References", references);

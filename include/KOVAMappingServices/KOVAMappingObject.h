@@ -12,6 +12,10 @@
 
 #include <memory>
 
+namespace kova::model {
+struct IndexAccess;
+}  // namespace kova::model
+
 class KOVA_EXPORT KOVAMappingObject {
  public:
   KOVAMappingObject();
@@ -49,6 +53,7 @@ class KOVA_EXPORT KOVAMappingObject {
  private:
   friend class KOVAMappingInstance;
   friend class KOVAMappingReference;
+  friend struct kova::model::IndexAccess;
   std::shared_ptr<KOVAMappingPrivateObject> private_;
 };
 

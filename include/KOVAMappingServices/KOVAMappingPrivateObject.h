@@ -9,6 +9,10 @@
 
 #include <cstdint>
 
+namespace kova::model {
+struct IndexAccess;
+}  // namespace kova::model
+
 // One object of the external CAD system and the platform object it corresponds to.
 //
 // The stamp is always stored without a version prefix: SetKSStamp (and the stamp-taking
@@ -55,6 +59,8 @@ class KOVA_EXPORT KOVAMappingPrivateObject {
   bool operator<(const KOVAMappingPrivateObject& other) const;
 
  private:
+  // The model's indexes read the ids in place.
+  friend struct kova::model::IndexAccess;
   ZANUnicodeString kovaId_;
   ZANUnicodeString plexoId_;
   ZANUnicodeString kssStamp_;

@@ -5,7 +5,13 @@
 #include <KOVAMappingServices/KOVAMappingInstance.h>
 #include <KOVAMappingServices/KOVAMappingPrivateObject.h>
 
+#include <memory>
 #include <vector>
+
+namespace kova::model {
+struct IndexAccess;
+struct InstanceVectorIndex;
+}  // namespace kova::model
 
 class KOVA_EXPORT KOVAMappingPrivateReference : public KOVAMappingPrivateObject {
  public:
@@ -22,11 +28,19 @@ class KOVA_EXPORT KOVAMappingPrivateReference : public KOVAMappingPrivateObject 
   HRESULT AddInstance(KOVAMappingInstance instance);
   // Removes the first instance equal to the given one: S_OK, or E_FAIL when there is none.
   HRESULT RemoveInstance(KOVAMappingInstance instance);
-  // The instance vector itself; callers may change it in place.
+  // The instance vector itself; callers may change it in place. From then on the reference no
+  // longer indexes its instances (the caller may change them unseen) and walks them instead.
   std::vector<KOVAMappingInstance>& GetInstances();
 
  private:
+  friend struct kova::model::IndexAccess;
+  // The index of instances_, or null; see model/MappingIndex.h.
+  kova::model::InstanceVectorIndex* Index();
+
   std::vector<KOVAMappingInstance> instances_;
+  std::unique_ptr<kova::model::InstanceVectorIndex> index_;
+  // instances_ was handed out by GetInstances().
+  bool instancesHandedOut_ = false;
 };
 
 #endif  // KOVAMAPPINGSERVICES_KOVAMAPPINGPRIVATEREFERENCE_H_

@@ -13,6 +13,11 @@
 #include <memory>
 #include <vector>
 
+namespace kova::model {
+struct IndexAccess;
+class TableIndexes;
+}  // namespace kova::model
+
 class KOVA_EXPORT KOVAMappingPrivateTable : public std::enable_shared_from_this<KOVAMappingPrivateTable> {
  public:
   // An empty table of the current document version.
@@ -53,7 +58,8 @@ class KOVA_EXPORT KOVAMappingPrivateTable : public std::enable_shared_from_this<
   HRESULT GetRootReference(KOVAMappingReference& out);
   bool HasRootReference();
 
-  // The reference vector itself; callers may change it in place.
+  // The reference vector itself; callers may change it in place. From then on the table no longer
+  // indexes its content (the caller may change it unseen) and walks it instead.
   std::vector<KOVAMappingReference>& GetReferences();
   // All instances, reference by reference.
   std::vector<KOVAMappingInstance> GetInstances();
@@ -61,8 +67,15 @@ class KOVA_EXPORT KOVAMappingPrivateTable : public std::enable_shared_from_this<
   std::vector<KOVAMappingObject> GetContent();
 
  private:
+  friend struct kova::model::IndexAccess;
+  // The table's indexes, made on first use; see model/MappingIndex.h.
+  kova::model::TableIndexes& Indexes();
+
   std::int32_t version_;
   std::vector<KOVAMappingReference> references_;
+  std::unique_ptr<kova::model::TableIndexes> indexes_;
+  // references_ was handed out by GetReferences().
+  bool referencesHandedOut_ = false;
 };
 
 #endif  // KOVAMAPPINGSERVICES_KOVAMAPPINGPRIVATETABLE_H_

@@ -1,0 +1,76 @@
+// Peak memory of reading one generated document: kova_bench_peak_memory <shape 0|1> <objects>.
+// Writes the document to a file, then runs itself again on that file, so that the measuring process
+// holds nothing but the text before it reads. Prints one line:
+//   shape objects text_bytes peak_delta_bytes ratio
+// where peak_delta_bytes is the growth of the peak resident set (ru_maxrss) while reading, table
+// included, and ratio is (text_bytes + peak_delta_bytes) / text_bytes: the peak over the text.
+#include <KOVAMappingServices/KOVAMappingParser.h>
+#include <KOVAMappingServices/KOVAMappingTable.h>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "DocumentGenerator.h"
+
+namespace {
+
+long MaxRssBytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss * 1024L;
+}
+
+int Measure(const char* path, const char* label) {
+  std::string text;
+  {
+    std::ifstream in(path, std::ios::binary);
+    in.seekg(0, std::ios::end);
+    text.resize(static_cast<std::size_t>(in.tellg()));
+    in.seekg(0);
+    in.read(text.data(), static_cast<std::streamsize>(text.size()));
+  }
+  ZANUnicodeString document = ZANUnicodeString::FromValidUTF8(std::move(text));
+  const long before = MaxRssBytes();
+  KOVAMappingTable table;
+  if (KOVAMappingParser::TranslateToMappingTable(document, ZANBaseUnknown(), table) != S_OK) return 2;
+  const long after = MaxRssBytes();
+  const double size = static_cast<double>(document.GetLengthInByte());
+  std::printf("%s %zu %ld %.2f\n", label, document.GetLengthInByte(), after - before,
+              (size + static_cast<double>(after - before)) / size);
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc == 4 && std::string(argv[1]) == "--measure") return Measure(argv[2], argv[3]);
+  if (argc != 3) {
+    std::fprintf(stderr, "usage: %s <shape 0|1> <objects>\n", argv[0]);
+    return 1;
+  }
+  const auto shape = std::atoi(argv[1]) == 0 ? kova::bench::Shape::OneReference : kova::bench::Shape::TenPerReference;
+  const std::size_t objects = std::strtoull(argv[2], nullptr, 10);
+  const std::string path = "/tmp/kova_peak_" + std::to_string(getpid()) + ".json";
+  {
+    const kova::bench::GeneratedDocument doc = kova::bench::GenerateDocument(shape, objects);
+    std::ofstream(path, std::ios::binary) << doc.text;
+  }
+  const std::string label = std::string(kova::bench::ShapeName(shape)) + " " + std::to_string(objects);
+  std::fflush(stdout);
+  const pid_t child = fork();
+  if (child == 0) {
+    execl("/proc/self/exe", argv[0], "--measure", path.c_str(), label.c_str(), static_cast<char*>(nullptr));
+    _exit(3);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  std::remove(path.c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 4;
+}

@@ -1,0 +1,102 @@
+#!/usr/bin/env python3
+"""Turns a Google Benchmark JSON file and the peak-memory lines into the results table of
+bench/README.md, with the goals' ratios computed from figures of the same run."""
+import json
+import re
+import sys
+
+bench_json, peak_txt, readme, nproc, cpu, date, commit = sys.argv[1:8]
+data = json.load(open(bench_json))
+
+rows = {}
+for b in data["benchmarks"]:
+    if b.get("run_type") == "aggregate" and b.get("aggregate_name") != "median":
+        continue
+    name = b.get("run_name", b["name"])
+    rows[name] = b
+
+
+def get(name, key):
+    b = rows.get(name)
+    return None if b is None or key not in b else b[key]
+
+
+def fmt(v, unit=""):
+    if v is None:
+        return "n/a"
+    if abs(v) >= 100:
+        return f"{v:,.0f}{unit}"
+    return f"{v:.3g}{unit}"
+
+
+lines = []
+lines.append(f"Machine: {nproc} cores, {cpu}. Date: {date}. Commit: {commit}.")
+lines.append("")
+lines.append("| Benchmark | Time/iter | Throughput | ns/object or ns/op |")
+lines.append("|---|---|---|---|")
+for name, b in rows.items():
+    unit = b.get("time_unit", "ns")
+    thr = ""
+    if "bytes_per_second" in b:
+        thr = f"{b['bytes_per_second'] / 1e6:,.1f} MB/s"
+    elif "items_per_second" in b:
+        thr = f"{b['items_per_second']:,.0f} items/s"
+    per = b.get("ns_per_object")
+    if per is None and "items_per_second" in b:
+        per = 1e9 / b["items_per_second"]
+    lines.append(f"| {name} | {fmt(b['real_time'])} {unit} | {thr} | {fmt(per)} |")
+
+lines.append("")
+lines.append("Goals, as ratios within this run:")
+lines.append("")
+lines.append("| Goal | Measure | Value | Target |")
+lines.append("|---|---|---|---|")
+for shape in (0, 1):
+    for n in (10000, 100000, 1000000):
+        suffix = f"shape:{shape}/objects:{n}"
+        r = get(f"BM_Read/{suffix}", "bytes_per_second")
+        s = get(f"BM_SimdjsonParse/{suffix}", "bytes_per_second")
+        w = get(f"BM_Write/{suffix}", "bytes_per_second")
+        if r and s:
+            lines.append(f"| 1 read | read / simdjson, {suffix} | {r / s:.3f} | >= 0.5 |")
+        if r and w:
+            lines.append(f"| 1 write | write / read, {suffix} | {w / r:.2f} | >= 1 |")
+for bench in ("BM_Read", "BM_Insert"):
+    for shape in (0, 1):
+        small = get(f"{bench}/shape:{shape}/objects:10000", "ns_per_object")
+        big = get(f"{bench}/shape:{shape}/objects:1000000", "ns_per_object")
+        if small and big:
+            lines.append(f"| 2 linear | {bench} shape {shape}: ns/object 1M / 10k | {big / small:.2f} | <= 1.3 |")
+for bench in ("BM_LookupInstanceFromKOVAId", "BM_LookupReferenceFromPlexoId"):
+    small = get(f"{bench}/objects:10000", "items_per_second")
+    big = get(f"{bench}/objects:1000000", "items_per_second")
+    if small and big:
+        lines.append(f"| 2 linear | {bench}: ns/look-up 1M / 10k | {small / big:.2f} | <= 1.3 |")
+c = get("BM_CompressMTWithPrefix/100000", "bytes_per_second")
+z = get("BM_ZlibCompress/100000", "bytes_per_second")
+if c and z:
+    lines.append(f"| 3 envelope | CompressMTWithPrefix / zlib compress (level 6) | {c / z:.2f} | >= 1.5 |")
+co = get("BM_CompressMTWithPrefix/100000", "out_bytes")
+zo = get("BM_ZlibCompress/100000", "out_bytes_base64")
+if co and zo:
+    lines.append(f"| 3 envelope | envelope bytes / zlib stream in base64 bytes | {co / zo:.3f} | <= 1 |")
+d = get("BM_TryDecompressMT/100000", "bytes_per_second")
+u = get("BM_ZlibUncompress/100000", "bytes_per_second")
+if d and u:
+    lines.append(f"| 3 envelope | TryDecompressMT / zlib uncompress | {d / u:.2f} | >= 1.5 |")
+st = get("BM_StampMap20", "items_per_second")
+if st:
+    lines.append(f"| 5 stamps | map form, 20 attributes, stamps/s | {st:,.0f} | >= 200,000 |")
+for line in open(peak_txt):
+    parts = line.split()
+    if len(parts) == 5:
+        lines.append(f"| 4 memory | peak / text, {parts[0]} {parts[1]} objects ({int(parts[2]):,} bytes of text) | {float(parts[4]):.2f} | <= 4 |")
+
+table = "\n".join(lines)
+text = open(readme).read() if True else ""
+begin, end = "<!-- RESULTS BEGIN -->", "<!-- RESULTS END -->"
+if begin in text and end in text:
+    text = re.sub(re.escape(begin) + ".*?" + re.escape(end), lambda _: begin + "\n" + table + "\n" + end, text, flags=re.S)
+else:
+    text += "\n" + begin + "\n" + table + "\n" + end + "\n"
+open(readme, "w").write(text)
