@@ -1,0 +1,50 @@
+// A plain driver for profilers (callgrind, perf): generates one document and runs one operation on
+// it a given number of times, with nothing else in the process.
+//
+//   kova_bench_profile <read|write|decompress> <shape 0|1> <objects> [runs]
+#include <KOVAMappingServices/KOVAMappingParser.h>
+#include <KOVAMappingServices/KOVAMappingTable.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "DocumentGenerator.h"
+
+int main(int argc, char** argv) {
+  if (argc < 4) {
+    std::fprintf(stderr, "usage: %s <read|write|decompress> <shape 0|1> <objects> [runs]\n", argv[0]);
+    return 2;
+  }
+  const char* op = argv[1];
+  const auto shape = std::atoi(argv[2]) == 0 ? kova::bench::Shape::OneReference : kova::bench::Shape::TenPerReference;
+  const auto objects = static_cast<std::size_t>(std::atol(argv[3]));
+  const int runs = argc > 4 ? std::atoi(argv[4]) : 1;
+  const kova::bench::GeneratedDocument doc = kova::bench::GenerateDocument(shape, objects);
+  const ZANUnicodeString text = ZANUnicodeString::FromValidUTF8(doc.text);
+  std::size_t sink = 0;
+  if (std::strcmp(op, "read") == 0) {
+    for (int i = 0; i < runs; ++i) {
+      KOVAMappingTable table;
+      if (KOVAMappingParser::TranslateToMappingTable(text, ZANBaseUnknown(), table) != S_OK) return 1;
+    }
+  } else if (std::strcmp(op, "write") == 0) {
+    KOVAMappingTable table;
+    if (KOVAMappingParser::TranslateToMappingTable(text, ZANBaseUnknown(), table) != S_OK) return 1;
+    for (int i = 0; i < runs; ++i) {
+      sink += KOVAMappingParser::TranslateToString(table).GetLengthInByte();
+    }
+  } else if (std::strcmp(op, "decompress") == 0) {
+    ZANUnicodeString envelope;
+    if (KOVAMappingParser::CompressMTWithPrefix(text, envelope) != S_OK) return 1;
+    for (int i = 0; i < runs; ++i) {
+      ZANUnicodeString copy = envelope;
+      if (!KOVAMappingParser::TryDecompressMT(copy)) return 1;
+      sink += copy.GetLengthInByte();
+    }
+  } else {
+    return 2;
+  }
+  std::printf("%zu\n", sink);
+  return 0;
+}
