@@ -3,6 +3,7 @@
 #include <KOVAMappingServices/KOVAKSSVersioning.h>
 
 #include "model/MappingIndex.h"
+#include "stamps/StampPrefix.h"
 
 #include <string>
 #include <utility>
@@ -73,11 +74,12 @@ KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetKSSVersion(const std::int
 }
 
 KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetKSStamp(const ZANUnicodeString& stamp) {
-  const std::int32_t version = KOVAKSSVersioning::GetKSSVersion(stamp);
+  const std::string_view text = stamp.View();
+  const std::int32_t version = kova::stamps::VersionOfStamp(text);
   if (version >= 0) {
     // A versioned text: keep the stripped stamp and the version it carries. An unversioned text
     // leaves the version as it was.
-    kssStamp_ = KOVAKSSVersioning::GetKSSFromKSSWithVersion(stamp);
+    kssStamp_ = ZANUnicodeString::FromValidUTF8(std::string(kova::stamps::StampWithoutPrefix(text)));
     kssVersion_ = version;
   } else {
     kssStamp_ = stamp;

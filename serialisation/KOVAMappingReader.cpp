@@ -5,10 +5,24 @@
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
 
+#include <algorithm>
+#include <limits>
 #include <map>
+#include <memory>
+#include <string_view>
+#include <utility>
 #include <vector>
 
+#include "platform/JsonAccess.h"
+#include "platform/JsonNode.h"
+#include "stamps/StampParser.h"
+
 namespace {
+
+using kova::json::Kind;
+using kova::json::Member;
+using kova::json::Node;
+using kova::json::Value;
 
 using MandatoryMap = std::map<ZANUnicodeString, std::int32_t>;
 
@@ -19,28 +33,86 @@ void LogFailure(const char* message) {
 // Which keys an object of a given document version must carry beyond the ids and "IsLocal".
 enum class StampKey { None, IsSetKSS, KOVASynchroStamp };
 
-// The keys every reference and instance of versions 7 to 12 carry, read into their outputs with
-// their statuses recorded under their names.
+// The keys every reference and instance of versions 7 to 12 carry, read into their outputs.
 struct ObjectFields {
   ZANUnicodeString kovaId;
   ZANUnicodeString plexoId;
   ZANUnicodeString refId;
+  ZANUnicodeString kss;  // "KOVASynchroStamp" when the version demands it
+  HRESULT kssStatus = ZAN_E_NOTFOUND;
   bool isLocal = false;
 };
 
-void ReadMandatory(const ZANOmxJsonObject& object, bool isInstance, StampKey stampKey, ObjectFields& fields,
-                   MandatoryMap& statuses) {
-  statuses[ZANUnicodeString("kOVAId")] = object.GetString("kOVAId", fields.kovaId);
-  statuses[ZANUnicodeString("PlexoId")] = object.GetString("PlexoId", fields.plexoId);
-  if (isInstance) statuses[ZANUnicodeString("RefId")] = object.GetString("RefId", fields.refId);
-  statuses[ZANUnicodeString("IsLocal")] = object.GetBoolean("IsLocal", fields.isLocal);
+// The statuses of the mandatory keys of one object, kept in the byte order of the key names: the
+// order in which unvaluated keys are logged.
+enum MandatoryKey { kIsLocal, kIsSetKSS, kKOVASynchroStamp, kPlexoId, kRefId, kKovaId, kMandatoryKeys };
+constexpr const char* kMandatoryNames[kMandatoryKeys] = {"IsLocal", "IsSetKSS", "KOVASynchroStamp",
+                                                         "PlexoId", "RefId",    "kOVAId"};
+
+struct MandatoryStatuses {
+  std::int32_t status[kMandatoryKeys] = {};
+  bool read[kMandatoryKeys] = {};
+
+  void Set(MandatoryKey key, std::int32_t value) {
+    status[key] = value;
+    read[key] = true;
+  }
+
+  // Logs every key read with a failed status, in key order; true when there is none.
+  bool GotAll() const {
+    bool all = true;
+    for (int key = 0; key < kMandatoryKeys; ++key) {
+      if (read[key] && status[key] < 0) {
+        if (KOVALogger::IsActive()) KOVALogger::log(kMandatoryNames[key], "UNVALUATED MANDATORY FIELD");
+        all = false;
+      }
+    }
+    return all;
+  }
+};
+
+// The value of key in an object node, or null: what ZANOmxJsonObject's getters look up.
+const Value* Lookup(const Node& object, std::string_view key) {
+  const Member* m = object.Find(key);
+  return m != nullptr ? &m->value : nullptr;
+}
+
+void ReadMandatory(const Node& object, bool isInstance, StampKey stampKey, ObjectFields& fields,
+                   MandatoryStatuses& statuses) {
+  statuses.Set(kKovaId, kova::json::ReadString(Lookup(object, "kOVAId"), fields.kovaId));
+  statuses.Set(kPlexoId, kova::json::ReadString(Lookup(object, "PlexoId"), fields.plexoId));
+  if (isInstance) statuses.Set(kRefId, kova::json::ReadString(Lookup(object, "RefId"), fields.refId));
+  statuses.Set(kIsLocal, kova::json::ReadBoolean(Lookup(object, "IsLocal"), fields.isLocal));
   if (stampKey == StampKey::IsSetKSS) {
     bool isSet = false;
-    statuses[ZANUnicodeString("IsSetKSS")] = object.GetBoolean("IsSetKSS", isSet);
+    statuses.Set(kIsSetKSS, kova::json::ReadBoolean(Lookup(object, "IsSetKSS"), isSet));
   } else if (stampKey == StampKey::KOVASynchroStamp) {
-    ZANUnicodeString stamp;
-    statuses[ZANUnicodeString("KOVASynchroStamp")] = object.GetString("KOVASynchroStamp", stamp);
+    fields.kssStatus = kova::json::ReadString(Lookup(object, "KOVASynchroStamp"), fields.kss);
+    statuses.Set(kKOVASynchroStamp, fields.kssStatus);
   }
+}
+
+// The stamp of an object node, as KOVAKSSVersioning::GetStampParser gives it for the same object;
+// "KOVASynchroStamp" is taken from fields when it was already read.
+std::int32_t ReadStamp(const Node& object, StampKey stampKey, ObjectFields& fields, ZANUnicodeString& stamp) {
+  return kova::stamps::ParseStamp(
+      [&](const char* key, ZANUnicodeString& value) -> HRESULT {
+        if (stampKey == StampKey::KOVASynchroStamp && key[0] == 'K') {
+          if (fields.kssStatus >= 0) value = std::move(fields.kss);
+          return fields.kssStatus;
+        }
+        return kova::json::ReadString(Lookup(object, key), value);
+      },
+      [&](const char* key, bool& value) { return kova::json::ReadBoolean(Lookup(object, key), value); }, stamp);
+}
+
+// "CustomData" when it reads as a string, else "null".
+ZANUnicodeString ReadCustomData(const Node& object) {
+  ZANUnicodeString value;
+  if (ZANFailed(kova::json::ReadString(Lookup(object, "CustomData"), value))) {
+    return ZANUnicodeString::FromValidUTF8("null");
+  }
+  return value;
 }
 
 }  // namespace
@@ -51,6 +123,8 @@ HRESULT KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString text, const 
   TryDecompressMT(text);
   ZANOmxJsonObject root;
   const HRESULT loaded = root.LoadFromString(text);
+  // The tree holds copies of every text: the document's own copy is no longer needed.
+  text = ZANUnicodeString();
   if (loaded < 0) return loaded;
   if (root.IsEmpty() || !root.IsValidJsonObject()) {
     LogFailure("KOVA JSON EMPTY OR INVALID");
@@ -107,35 +181,72 @@ std::int32_t KOVAMappingParser::GetStamp(const ZANOmxJsonObject& object, ZANUnic
 
 namespace {
 
-using InstanceReader = HRESULT (*)(const ZANOmxJsonObject&, KOVAMappingReference&);
-using MandatoryCheck = bool (*)(const MandatoryMap&);
-using StampReader = std::int32_t (*)(const ZANOmxJsonObject&, ZANUnicodeString&);
+// The element at position i (from 0) of an array node as an object node, or the status
+// ZANOmxJsonArray::GetJsonObject gives for it.
+HRESULT ElementObject(const Node& array, std::uint32_t i, const Node*& element) {
+  const Value& v = array.elements[i];
+  if (v.kind != Kind::Object) return ZAN_E_TYPEMISMATCH;
+  element = v.node;
+  return S_OK;
+}
+
+// The number of elements that ZANOmxJsonArray::Length gives.
+std::uint32_t Length(const Node& array) {
+  return std::min<std::uint32_t>(array.size, static_cast<std::uint32_t>(std::numeric_limits<int>::max()));
+}
+
+// The instance reader of versions 7 to 12, on the object holding "Instances".
+HRESULT ParseInstances(const Node& object, KOVAMappingReference& reference, StampKey stampKey) {
+  const Value* value = Lookup(object, "Instances");
+  if (value == nullptr) return ZAN_E_NOTFOUND;
+  if (value->kind != Kind::Array) return ZAN_E_TYPEMISMATCH;
+  const Node& instances = *value->node;
+  const std::uint32_t count = Length(instances);
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const Node* element = nullptr;
+    const HRESULT status = ElementObject(instances, i, element);
+    if (status < 0) return status;
+    ObjectFields fields;
+    MandatoryStatuses statuses;
+    ReadMandatory(*element, true, stampKey, fields, statuses);
+    if (!statuses.GotAll()) return E_FAIL;
+    ZANUnicodeString stamp;
+    const std::int32_t stampVersion = ReadStamp(*element, stampKey, fields, stamp);
+    if (stampVersion < 0) return E_FAIL;
+    KOVAMappingInstance instance(std::move(fields.kovaId), std::move(fields.plexoId), std::move(stamp),
+                                 std::move(fields.refId), ReadCustomData(*element), fields.isLocal);
+    KOVAPrivateAccess::GetPrivate(instance)->SetKSSVersion(stampVersion);
+    if (reference.AddInstance(std::move(instance)) < 0) return E_FAIL;
+  }
+  return S_OK;
+}
 
 // The reference reader of versions 7 to 12: "References" is an array of reference objects, each
 // with its own "Instances" array.
 HRESULT ParseReferences(const ZANOmxJsonObject& root, KOVAMappingTable& table, StampKey stampKey,
-                        InstanceReader readInstances, bool logInstanceFailure, MandatoryCheck gotAll,
-                        StampReader getStamp) {
-  if (!root.Has("References")) return E_FAIL;
-  ZANOmxJsonArray references;
-  HRESULT status = root.GetJsonArray("References", references);
-  if (status < 0) return status;
-  for (int i = 1; i <= references.Length(); ++i) {
-    ZANOmxJsonObject element;
-    status = references.GetJsonObject(i, element);
+                        StampKey instanceStampKey, bool logInstanceFailure) {
+  const std::shared_ptr<Node>& rootNode = Node::Of(root);
+  const Value* value = rootNode ? Lookup(*rootNode, "References") : nullptr;
+  if (value == nullptr) return E_FAIL;
+  if (value->kind != Kind::Array) return ZAN_E_TYPEMISMATCH;
+  const Node& references = *value->node;
+  const std::uint32_t count = Length(references);
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const Node* element = nullptr;
+    HRESULT status = ElementObject(references, i, element);
     if (status < 0) return status;
     ObjectFields fields;
-    MandatoryMap statuses;
-    ReadMandatory(element, false, stampKey, fields, statuses);
-    if (!gotAll(statuses)) return E_FAIL;
+    MandatoryStatuses statuses;
+    ReadMandatory(*element, false, stampKey, fields, statuses);
+    if (!statuses.GotAll()) return E_FAIL;
     ZANUnicodeString stamp;
-    const std::int32_t stampVersion = getStamp(element, stamp);
+    const std::int32_t stampVersion = ReadStamp(*element, stampKey, fields, stamp);
     if (stampVersion < 0) return E_FAIL;
-    const ZANUnicodeString customData = element.OptString("CustomData", "null");
-    KOVAMappingReference reference(fields.kovaId, fields.plexoId, stamp, customData, fields.isLocal);
+    KOVAMappingReference reference(std::move(fields.kovaId), std::move(fields.plexoId), std::move(stamp),
+                                   ReadCustomData(*element), fields.isLocal);
     KOVAPrivateAccess::GetPrivate(reference)->SetKSSVersion(stampVersion);
-    if (element.Has("Instances")) {
-      status = readInstances(element, reference);
+    if (Lookup(*element, "Instances") != nullptr) {
+      status = ParseInstances(*element, reference, instanceStampKey);
       if (status < 0) {
         if (logInstanceFailure) LogFailure("PROBLEM PARSING INSTANCES");
         return status;
@@ -146,69 +257,50 @@ HRESULT ParseReferences(const ZANOmxJsonObject& root, KOVAMappingTable& table, S
   return S_OK;
 }
 
-// The instance reader of versions 7 to 12.
-HRESULT ParseInstances(const ZANOmxJsonObject& object, KOVAMappingReference& reference, StampKey stampKey,
-                       MandatoryCheck gotAll, StampReader getStamp) {
-  ZANOmxJsonArray instances;
-  HRESULT status = object.GetJsonArray("Instances", instances);
-  if (status < 0) return status;
-  for (int i = 1; i <= instances.Length(); ++i) {
-    ZANOmxJsonObject element;
-    status = instances.GetJsonObject(i, element);
-    if (status < 0) return status;
-    ObjectFields fields;
-    MandatoryMap statuses;
-    ReadMandatory(element, true, stampKey, fields, statuses);
-    if (!gotAll(statuses)) return E_FAIL;
-    ZANUnicodeString stamp;
-    const std::int32_t stampVersion = getStamp(element, stamp);
-    if (stampVersion < 0) return E_FAIL;
-    const ZANUnicodeString customData = element.OptString("CustomData", "null");
-    KOVAMappingInstance instance(fields.kovaId, fields.plexoId, stamp, fields.refId, customData, fields.isLocal);
-    KOVAPrivateAccess::GetPrivate(instance)->SetKSSVersion(stampVersion);
-    if (reference.AddInstance(instance) < 0) return E_FAIL;
-  }
-  return S_OK;
+// The instance reader on a handle, for the instance readers of each version.
+HRESULT ParseInstancesOf(const ZANOmxJsonObject& object, KOVAMappingReference& reference, StampKey stampKey) {
+  const std::shared_ptr<Node>& node = Node::Of(object);
+  if (!node) return ZAN_E_NOTFOUND;
+  return ParseInstances(*node, reference, stampKey);
 }
 
 }  // namespace
 
 HRESULT KOVAMappingParser::ParseRefV7(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
-  return ParseReferences(root, table, StampKey::None, &ParseInstV7, true, &GotAllMandatoryAttrs, &GetStamp);
+  return ParseReferences(root, table, StampKey::None, StampKey::None, true);
 }
 
 HRESULT KOVAMappingParser::ParseRefV8(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
-  return ParseReferences(root, table, StampKey::None, &ParseInstV8, false, &GotAllMandatoryAttrs, &GetStamp);
+  return ParseReferences(root, table, StampKey::None, StampKey::None, false);
 }
 
 // Version 9 demands "IsSetKSS" of references only: its instances are read as in version 8.
 HRESULT KOVAMappingParser::ParseRefV9(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
-  return ParseReferences(root, table, StampKey::IsSetKSS, &ParseInstV8, false, &GotAllMandatoryAttrs, &GetStamp);
+  return ParseReferences(root, table, StampKey::IsSetKSS, StampKey::None, false);
 }
 
 HRESULT KOVAMappingParser::ParseRefV10(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
-  return ParseReferences(root, table, StampKey::IsSetKSS, &ParseInstV10, false, &GotAllMandatoryAttrs, &GetStamp);
+  return ParseReferences(root, table, StampKey::IsSetKSS, StampKey::IsSetKSS, false);
 }
 
 HRESULT KOVAMappingParser::ParseRefV11(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
-  return ParseReferences(root, table, StampKey::KOVASynchroStamp, &ParseInstV11, false, &GotAllMandatoryAttrs,
-                         &GetStamp);
+  return ParseReferences(root, table, StampKey::KOVASynchroStamp, StampKey::KOVASynchroStamp, false);
 }
 
 HRESULT KOVAMappingParser::ParseInstV7(const ZANOmxJsonObject& object, KOVAMappingReference& reference) {
-  return ParseInstances(object, reference, StampKey::None, &GotAllMandatoryAttrs, &GetStamp);
+  return ParseInstancesOf(object, reference, StampKey::None);
 }
 
 HRESULT KOVAMappingParser::ParseInstV8(const ZANOmxJsonObject& object, KOVAMappingReference& reference) {
-  return ParseInstances(object, reference, StampKey::None, &GotAllMandatoryAttrs, &GetStamp);
+  return ParseInstancesOf(object, reference, StampKey::None);
 }
 
 HRESULT KOVAMappingParser::ParseInstV10(const ZANOmxJsonObject& object, KOVAMappingReference& reference) {
-  return ParseInstances(object, reference, StampKey::IsSetKSS, &GotAllMandatoryAttrs, &GetStamp);
+  return ParseInstancesOf(object, reference, StampKey::IsSetKSS);
 }
 
 HRESULT KOVAMappingParser::ParseInstV11(const ZANOmxJsonObject& object, KOVAMappingReference& reference) {
-  return ParseInstances(object, reference, StampKey::KOVASynchroStamp, &GotAllMandatoryAttrs, &GetStamp);
+  return ParseInstancesOf(object, reference, StampKey::KOVASynchroStamp);
 }
 
 // Version 6: "References" is an object with at most one member, named by the reference's kOVA id;

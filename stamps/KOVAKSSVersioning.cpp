@@ -25,20 +25,12 @@ bool KOVAKSSVersioning::HasFromCESPrefix(ZANUnicodeString stamp) {
 }
 
 std::int32_t KOVAKSSVersioning::GetKSSVersion(ZANUnicodeString stamp) {
-  const std::string_view text = stamp.View();
-  if (kova::stamps::HasVersionPrefix(text)) {
-    // Only the digit right after "V" is read; the three characters that GetKSSFromKSSWithVersion
-    // drops match this single-digit reading.
-    return text[1] - '0';
-  }
-  if (kova::stamps::HasCEDerivedPrefix(text)) return 0;
-  return -1;
+  return kova::stamps::VersionOfStamp(stamp.View());
 }
 
 ZANUnicodeString KOVAKSSVersioning::GetKSSFromKSSWithVersion(ZANUnicodeString stamp) {
   const std::string_view text = stamp.View();
-  // The prefixes are ASCII, so what follows them is still valid UTF-8.
-  if (kova::stamps::HasVersionPrefix(text)) return ZANUnicodeString::FromValidUTF8(std::string(text.substr(3)));
-  if (kova::stamps::HasCEDerivedPrefix(text)) return ZANUnicodeString::FromValidUTF8(std::string(text.substr(6)));
-  return stamp;
+  const std::string_view bare = kova::stamps::StampWithoutPrefix(text);
+  if (bare.size() == text.size()) return stamp;
+  return ZANUnicodeString::FromValidUTF8(std::string(bare));
 }

@@ -6,3 +6,5 @@ kova_env_test(kova_document_writer_tests SOURCES env/DocumentWriterSwitches_test
               FILTER WriterRolledBackAndCompressed SET RollBackMappingVersion IPLX_ACTIVATE_MAPPING_COMPRESSION)
 kova_env_test(kova_document_writer_tests SOURCES env/DocumentWriterSwitches_test.cpp
               FILTER WriterCompressed SET IPLX_ACTIVATE_MAPPING_COMPRESSION)
+# The document reader against a reader written only with the JSON object getters, log on.
+kova_env_test(kova_reader_differential_tests SOURCES env/ReaderDifferential_test.cpp SET ActivateKOVALogger)
