@@ -8,6 +8,7 @@
 #include <KOVAMappingServices/QORSysServices.h>
 #include <KOVAMappingServices/ZANSysCompression.h>
 
+#include "platform/Utf8.h"
 #include "serialisation/EnvelopePrefix.h"
 
 #include <algorithm>
@@ -105,8 +106,11 @@ std::uint64_t KOVAMappingParser::GetSizeRemovePrefix(ZANUnicodeString& text) {
 
   // The first characters of the text go, as many as the prefix is long, wherever the prefix was
   // found; the prefix is ASCII, so its length in bytes is its length in characters.
-  const int removed = static_cast<int>(std::min<std::size_t>(match->length, INT_MAX));
-  text = text.SubString(removed, text.GetLengthInChar() - removed);
+  // Only the characters removed are counted: what follows them is kept whole, as a copy of
+  // bytes already known to be valid UTF-8.
+  const std::size_t removed = std::min<std::size_t>(match->length, INT_MAX);
+  const std::size_t begin = kova::utf8::OffsetOfCodePoint(narrow, removed);
+  text = ZANUnicodeString::FromValidUTF8(std::string(narrow.substr(begin)));
   return size;
 }
 
