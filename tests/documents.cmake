@@ -6,3 +6,8 @@ kova_env_test(kova_document_writer_tests SOURCES env/DocumentWriterSwitches_test
               FILTER WriterRolledBackAndCompressed SET RollBackMappingVersion IPLX_ACTIVATE_MAPPING_COMPRESSION)
 kova_env_test(kova_document_writer_tests SOURCES env/DocumentWriterSwitches_test.cpp
               FILTER WriterCompressed SET IPLX_ACTIVATE_MAPPING_COMPRESSION)
+
+# Hostile documents: truncated, deeply nested, huge, ill-formed, lying envelopes.
+find_package(ZLIB REQUIRED)
+kova_env_test(kova_hostile_input_tests SOURCES env/HostileInput_test.cpp)
+target_link_libraries(kova_hostile_input_tests PRIVATE ZLIB::ZLIB)
