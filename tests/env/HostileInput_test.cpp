@@ -334,6 +334,14 @@ std::vector<HostileCase> GeneratedCases() {
       {"envelope_in_envelope", [] { return Envelope(Envelope(kOneRef)); }, NotLoaded()},
       {"envelope_of_invalid_json", [] { return Envelope(R"({"version":12,"References":[)"); }, NotLoaded()},
       {"envelope_of_empty_text", [] { return Envelope(""); }, NotLoaded()},
+      // A stamp whose text after V1: is digits and ":" (as the writer writes it for such a stamp)
+      // is an envelope prefix to the reader: out of range when the digits exceed 32 bits.
+      {"stamp_looks_like_envelope",
+       [] {
+         return Doc12(R"({"kOVAId":"R","PlexoId":"P","IsLocal":false,"KOVASynchroStamp":"V1:)" + std::string(40, '1') +
+                      R"(:s"})");
+       },
+       Raising(Raises::OutOfRange)},
       {"envelope_of_version_13", [] { return Envelope(R"({"version":13,"References":[]})"); }, Refused(E_FAIL, 13)},
   };
 }
