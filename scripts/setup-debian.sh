@@ -8,6 +8,7 @@ packages=(
   libsimdjson-dev rapidjson-dev libdeflate-dev libssl-dev
   libcli11-dev
   libgtest-dev libgmock-dev libbenchmark-dev zlib1g-dev openssl perl
+  clang-14 libfuzzer-14-dev
 )
 
 missing=()

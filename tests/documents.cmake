@@ -8,3 +8,8 @@ kova_env_test(kova_document_writer_tests SOURCES env/DocumentWriterSwitches_test
               FILTER WriterCompressed SET IPLX_ACTIVATE_MAPPING_COMPRESSION)
 # The document reader against a reader written only with the JSON object getters, log on.
 kova_env_test(kova_reader_differential_tests SOURCES env/ReaderDifferential_test.cpp SET ActivateKOVALogger)
+
+# Hostile documents: truncated, deeply nested, huge, ill-formed, lying envelopes.
+find_package(ZLIB REQUIRED)
+kova_env_test(kova_hostile_input_tests SOURCES env/HostileInput_test.cpp)
+target_link_libraries(kova_hostile_input_tests PRIVATE ZLIB::ZLIB)

@@ -1,0 +1,152 @@
+// Many threads at once, each with its own tables: reading, writing, enveloping and stamping, and the
+// first uses of the logger switch and of the stamp computation's dictionaries. Each suite runs
+// alone in its own process (so its calls are the process's first), and the whole file is also
+// built with ThreadSanitizer (tsan preset):
+//   ConcurrentFirstUse  "ActivateKOVALogger" and "DONOTUSE_ENABLEKSSGEN" set
+//   ConcurrentWork      "DONOTUSE_ENABLEKSSGEN" set, the logger off
+#include <KOVAMappingServices/KOVALogger.h>
+#include <KOVAMappingServices/KOVAMappingParser.h>
+#include <KOVAMappingServices/KOVASynchroStampServices.h>
+#include <KOVAMappingServices/ZANKnowledge.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <latch>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/env/StampObjects.h"
+#include "tests/support/StdoutCapture.h"
+#include "tests/support/TableGenerator.h"
+
+namespace {
+
+constexpr int kThreads = 8;
+
+// Runs body(i) on kThreads threads released together.
+template <class Body>
+void RunTogether(Body body) {
+  std::latch start(kThreads);
+  std::vector<std::thread> threads;
+  threads.reserve(kThreads);
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&start, &body, i] {
+      start.arrive_and_wait();
+      body(i);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST(ConcurrentFirstUse, LoggerSwitchAndDictionariesOnFirstUse) {
+  std::vector<int> active(kThreads, -1);
+  std::vector<std::string> fromObject(kThreads);
+  std::vector<std::string> fromMap(kThreads);
+  std::vector<HRESULT> statuses(2 * kThreads, E_FAIL);
+  kova::test::StdoutCapture capture;  // the stamp computation logs its entries
+  RunTogether([&](int i) {
+    // Half the threads start with the switch, half with a stamp (which asks the switch itself).
+    ZANUnicodeString objectStamp;
+    ZANUnicodeString mapStamp;
+    if (i % 2 == 0) active[i] = KOVALogger::IsActive() ? 1 : 0;
+    statuses[2 * i] = KOVASynchroStampServices::ComputeKOVASynchroStamp(kova::test::WorkedExampleObject(),
+                                                                        kova::test::WorkedExampleNames(), objectStamp);
+    statuses[2 * i + 1] =
+        KOVASynchroStampServices::ComputeKOVASynchroStamp(kova::test::WorkedExampleAttributes(), mapStamp);
+    if (i % 2 == 1) active[i] = KOVALogger::IsActive() ? 1 : 0;
+    fromObject[i] = objectStamp.Str();
+    fromMap[i] = mapStamp.Str();
+  });
+  const std::string log = capture.Stop();
+  EXPECT_FALSE(log.empty());
+  for (int i = 0; i < kThreads; ++i) {
+    EXPECT_EQ(active[i], 1) << i;
+    EXPECT_EQ(statuses[2 * i], S_OK) << i;
+    EXPECT_EQ(statuses[2 * i + 1], S_OK) << i;
+    EXPECT_EQ(fromObject[i], kova::test::kWorkedExampleStamp) << i;
+    EXPECT_EQ(fromMap[i], kova::test::kWorkedExampleStamp) << i;
+  }
+}
+
+// One thread's share of work: its own generated tables written, enveloped, read back and stamped.
+// Returns the number of checks that failed (gtest assertions are made on the main thread).
+int Work(int thread, int rounds) {
+  int failures = 0;
+  const ZANBaseUnknown owner(std::make_shared<ZANComponent>());
+  for (int round = 0; round < rounds; ++round) {
+    kova::test::GeneratedTable generated =
+        kova::test::GenerateTable(static_cast<std::uint32_t>(1000 * thread + round), 6, 4);
+    const std::string content = kova::test::DescribeContent(generated.table);
+
+    const ZANUnicodeString written = KOVAMappingParser::TranslateToString(generated.table);
+    KOVAMappingTable plain;
+    if (KOVAMappingParser::TranslateToMappingTable(written, owner, plain) != S_OK) ++failures;
+    if (kova::test::DescribeContent(plain) != content) ++failures;
+
+    ZANUnicodeString envelope;
+    if (KOVAMappingParser::CompressMTWithPrefix(written, envelope) != S_OK) ++failures;
+    KOVAMappingTable enveloped;
+    if (KOVAMappingParser::TranslateToMappingTable(envelope, owner, enveloped) != S_OK) ++failures;
+    if (kova::test::DescribeContent(enveloped) != content) ++failures;
+
+    // Stamp the table's objects with the stamp of their own ids, and read the stamps back.
+    for (KOVAMappingObject object : enveloped.GetContent()) {
+      ZANUnicodeString stamp;
+      const std::map<ZANUnicodeString, ZANIKnwParm_var> attributes = {
+          {"kOVAId", ZANKnwBuilder::MakeStringParm(object.GetKOVAID())},
+          {"Round", ZANKnwBuilder::MakeIntegerParm(round)},
+          {"Mass", ZANKnwBuilder::MakeRealParm(2.5, true, kova::test::StandardType("Mass"))}};
+      if (KOVASynchroStampServices::ComputeKOVASynchroStamp(attributes, stamp) != S_OK) ++failures;
+      if (stamp.GetLengthInByte() != 44) ++failures;
+      object.SetKSStamp(stamp);
+      if (!object.CompareKSS(stamp)) ++failures;
+    }
+  }
+  return failures;
+}
+
+TEST(ConcurrentWork, ThreadsReadWriteAndStampTheirOwnTables) {
+  constexpr int kRounds = 12;
+  std::vector<int> failures(kThreads, -1);
+  std::vector<int> active(kThreads, -1);
+  RunTogether([&](int i) {
+    active[i] = KOVALogger::IsActive() ? 1 : 0;
+    failures[i] = Work(i, kRounds);
+  });
+  for (int i = 0; i < kThreads; ++i) {
+    EXPECT_EQ(active[i], 0) << i;
+    EXPECT_EQ(failures[i], 0) << i;
+  }
+}
+
+TEST(ConcurrentWork, StampsOfTheSameValuesAgreeAcrossThreads) {
+  std::vector<std::string> stamps(kThreads);
+  RunTogether([&](int i) {
+    for (int round = 0; round < 50; ++round) {
+      ZANUnicodeString stamp;
+      if (KOVASynchroStampServices::ComputeKOVASynchroStamp(kova::test::EveryKindAttributes(), stamp) != S_OK) return;
+      if (round > 0 && stamps[i] != stamp.Str()) return;
+      stamps[i] = stamp.Str();
+    }
+  });
+  for (int i = 0; i < kThreads; ++i) EXPECT_EQ(stamps[i], kova::test::kEveryKindStamp) << i;
+}
+
+TEST(ConcurrentWork, SharedHandlesCountedAcrossThreads) {
+  // One reference handed to every thread: copies made and dropped at once on all threads keep the
+  // object alive and whole (only the reference counts are shared).
+  KOVAMappingReference shared("R", "P", "V1:s", "null", false);
+  std::atomic<int> wrong{0};
+  RunTogether([&](int) {
+    for (int round = 0; round < 2000; ++round) {
+      const KOVAMappingReference copy = shared;
+      if (copy.GetKOVAID().Str() != "R") ++wrong;
+    }
+  });
+  EXPECT_EQ(wrong.load(), 0);
+  EXPECT_EQ(shared.GetPlexoID().Str(), "P");
+}
+
+}  // namespace
