@@ -375,7 +375,9 @@ TEST_P(HostileInput, GetsItsStatusAndLeavesTheTableAsPromised) {
     }
   }
   ASSERT_EQ(static_cast<int>(raised), static_cast<int>(expected.raises));
-  if (raised == Raises::Nothing) EXPECT_EQ(status, expected.status);
+  if (raised == Raises::Nothing) {
+    EXPECT_EQ(status, expected.status);
+  }
   EXPECT_EQ(table.GetOwner() == owner, expected.ownerSet);
   EXPECT_EQ(KOVAPrivateAccess::GetPrivate(table)->GetVersion(), expected.version);
   ASSERT_EQ(table.GetReferences().size(), expected.references);
