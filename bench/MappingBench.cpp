@@ -21,6 +21,7 @@
 #include <utility>
 
 #include "DocumentGenerator.h"
+#include "StampAttributes.h"
 
 namespace {
 
@@ -230,26 +231,8 @@ void BM_TryDecompressMT(benchmark::State& state) {
 
 // --- Goal 5: stamps of a map of 20 attributes -------------------------------------------------
 
-std::map<ZANUnicodeString, ZANIKnwParm_var> TwentyAttributes() {
-  std::map<ZANUnicodeString, ZANIKnwParm_var> attributes;
-  for (int i = 0; i < 20; ++i) {
-    const ZANUnicodeString name("Attr" + std::to_string(100 + i));
-    ZANIKnwParm_var parm;
-    switch (i % 6) {
-      case 0: parm = ZANKnwBuilder::MakeStringParm(ZANUnicodeString("value-" + std::to_string(i))); break;
-      case 1: parm = ZANKnwBuilder::MakeRealParm(2.5 * i, true, ZANKnwBuilder::FindType("Mass")); break;
-      case 2: parm = ZANKnwBuilder::MakeIntegerParm(-42 * i); break;
-      case 3: parm = ZANKnwBuilder::MakeBooleanParm(i % 2); break;
-      case 4: parm = ZANKnwBuilder::MakeTimeParm(ZANTime(1700000000 + i)); break;
-      default: parm = ZANKnwBuilder::MakeUnsetParm(ZANKnwBuilder::FindType("String")); break;
-    }
-    attributes.emplace(name, parm);
-  }
-  return attributes;
-}
-
 void BM_StampMap20(benchmark::State& state) {
-  const auto attributes = TwentyAttributes();
+  const auto attributes = kova::bench::TwentyAttributes();
   ZANUnicodeString stamp;
   for (auto _ : state) {
     if (KOVASynchroStampServices::ComputeKOVASynchroStamp(attributes, stamp) != S_OK) {

@@ -2,16 +2,31 @@
 // it a given number of times, with nothing else in the process.
 //
 //   kova_bench_profile <read|write|decompress> <shape 0|1> <objects> [runs]
+//   kova_bench_profile stamp <runs>   (the stamp benchmark's 20 attributes; needs DONOTUSE_ENABLEKSSGEN)
 #include <KOVAMappingServices/KOVAMappingParser.h>
 #include <KOVAMappingServices/KOVAMappingTable.h>
+#include <KOVAMappingServices/KOVASynchroStampServices.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "DocumentGenerator.h"
+#include "StampAttributes.h"
 
 int main(int argc, char** argv) {
+  if (argc == 3 && std::strcmp(argv[1], "stamp") == 0) {
+    const auto attributes = kova::bench::TwentyAttributes();
+    const int runs = std::atoi(argv[2]);
+    std::size_t sink = 0;
+    ZANUnicodeString stamp;
+    for (int i = 0; i < runs; ++i) {
+      if (KOVASynchroStampServices::ComputeKOVASynchroStamp(attributes, stamp) != S_OK) return 1;
+      sink += stamp.GetLengthInByte();
+    }
+    std::printf("%zu %s\n", sink, stamp.CastToCharPtr());
+    return 0;
+  }
   if (argc < 4) {
     std::fprintf(stderr, "usage: %s <read|write|decompress> <shape 0|1> <objects> [runs]\n", argv[0]);
     return 2;

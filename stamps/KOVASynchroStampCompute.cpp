@@ -13,11 +13,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <string>
 #include <utility>
-#include <vector>
 
+#include <openssl/evp.h>
+
+#include "platform/StampDigest.h"
 #include "stamps/ParmValueToString.h"
 
+using kova::stamps::AppendParmValueText;
 using kova::stamps::ParmValueToString;
 
 namespace {
@@ -49,6 +53,17 @@ ZANUnicodeString Piece(const ZANUnicodeString& name, const ZANIKnwParm_var& parm
     piece += kUnset;
   }
   return piece;
+}
+
+// Piece appended to text in place.
+void AppendPiece(std::string& text, const ZANUnicodeString& name, const ZANIKnwParm_var& parm) {
+  text.append(name.View());
+  if (parm->IsSet() != 0) {
+    text.append(kSet.View());
+    AppendParmValueText(text, parm);
+  } else {
+    text.append(kUnset.View());
+  }
 }
 
 // The type dictionary, obtained at the first call and kept for the life of the process.
@@ -121,23 +136,21 @@ HRESULT KOVASynchroStampServices::ComputeKOVASynchroStamp(std::map<ZANUnicodeStr
   if (!kStampComputationEnabled) return E_FAIL;
   Log(kEnteringFromMap);
 
-  std::vector<ZANUnicodeString> keys;
-  keys.reserve(attributes.size());
-  for (const auto& [name, parm] : attributes) {
-    keys.push_back(name);
-    if (KOVALogger::IsActive()) KOVALogger::log(name + kLogSeparator + ParmValueToString(parm, -1), kLogContext);
+  // The map keeps its names in ascending order already: the stamp text is built in one pass over it.
+  if (KOVALogger::IsActive()) {
+    for (const auto& [name, parm] : attributes) {
+      KOVALogger::log(name + kLogSeparator + ParmValueToString(parm, -1), kLogContext);
+    }
   }
-  std::sort(keys.begin(), keys.end());
 
-  ZANUnicodeString text;
-  for (std::int32_t i = 0; i < static_cast<std::int32_t>(keys.size()); ++i) {
-    const ZANUnicodeString& key = keys[static_cast<std::size_t>(i)];
-    const ZANIKnwParm_var parm = attributes[key];
+  std::string text;
+  for (const auto& [name, parm] : attributes) {
     if (!parm) return E_FAIL;  // the text built so far is dropped
-    text += Piece(key, parm, -1);
+    AppendPiece(text, name, parm);
   }
-  Log(text);
-  return EncodeKSS(text, stamp);
+  ZANUnicodeString stampText = ZANUnicodeString::FromValidUTF8(std::move(text));  // valid pieces
+  Log(stampText);
+  return EncodeKSS(std::move(stampText), stamp);
 }
 
 ZANUnicodeString KOVASynchroStampServices::AddToStamp(const ZANUnicodeString& prefix, const ZANIKnwParm_var& parm,
@@ -148,17 +161,14 @@ ZANUnicodeString KOVASynchroStampServices::AddToStamp(const ZANUnicodeString& pr
 HRESULT KOVASynchroStampServices::EncodeKSS(ZANUnicodeString text, ZANUnicodeString& stamp) {
   // The digest covers as many leading bytes of the UTF-8 text as it has characters (not its byte
   // count): stamps already stored were made that way and must keep matching.
-  unsigned char* digest = nullptr;
+  unsigned char digest[kova::kStampDigestCapacity];
   std::int32_t digestLength = 0;
-  HRESULT status = QORSysHash_Digest(0, text.CastToCharPtr(), text.GetLengthInChar(), &digest, &digestLength);
+  const HRESULT status = kova::StampDigest(text.CastToCharPtr(), text.GetLengthInChar(), digest, digestLength);
   if (ZANFailed(status)) return status;
 
-  char* base64 = nullptr;
-  status = QORSysConverter::ConvertToBase64(digest, static_cast<std::uint64_t>(digestLength), base64);
-  std::free(digest);
-  if (ZANFailed(status)) return status;
-
-  stamp = ZANUnicodeString(base64);
-  std::free(base64);
+  // Base64 of the digest, 4 characters for each 3 bytes begun, and a final NUL.
+  char base64[(kova::kStampDigestCapacity + 2) / 3 * 4 + 1];
+  const int written = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(base64), digest, digestLength);
+  stamp = ZANUnicodeString::FromValidUTF8(std::string(base64, static_cast<std::size_t>(written)));  // ASCII
   return S_OK;
 }

@@ -6,6 +6,8 @@
 #include <KOVAMappingServices/ZANKnwParms.h>
 #include <KOVAMappingServices/ZANUnicodeString.h>
 
+#include <string>
+
 namespace kova::stamps {
 
 // The value text of parm, chosen by its type, first test that holds:
@@ -19,6 +21,9 @@ namespace kova::stamps {
 // A null parm, a null value object (of parm or of a list element) or a null parameter dictionary
 // raise ZANNullVarError. n has no effect on the text.
 ZANUnicodeString ParmValueToString(const ZANIKnwParm_var& parm, int n);
+
+// Appends to out the bytes ParmValueToString returns for parm, without a string of its own.
+void AppendParmValueText(std::string& out, const ZANIKnwParm_var& parm);
 
 }  // namespace kova::stamps
 

@@ -5,9 +5,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cfenv>
 #include <cstdint>
+#include <cstdio>
+#include <cstring>
 #include <limits>
+#include <locale>
 #include <memory>
+#include <random>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -284,3 +290,138 @@ TEST(ParmValueToString, NullValueOfAnUnrecognisedTypeIsNotRead) {
 }
 
 }  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// The value texts are written without printf or streams when the result is known to be the same:
+// these compare them with printf and streams themselves, in the conditions that change those.
+
+namespace value_text_against_printf {
+
+std::string Printf1(double value) {
+  char text[512];
+  const int n = std::snprintf(text, sizeof text, "%.1f", value);
+  return n < 0 ? std::string() : std::string(text, static_cast<std::size_t>(n));
+}
+
+std::vector<double> RealSamples() {
+  std::vector<double> values = {0.0, -0.0, 0.05, 0.15, 0.25, 0.35, -0.25, 0.95, 9.95, 1234567.25, 2.5e-320,
+                                -1e-5, 1e15 + 0.5, 1e22, 1e300, -1e308, std::numeric_limits<double>::max(),
+                                std::numeric_limits<double>::lowest(), std::numeric_limits<double>::min(),
+                                std::numeric_limits<double>::denorm_min(), std::numeric_limits<double>::infinity(),
+                                -std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN(),
+                                -std::numeric_limits<double>::quiet_NaN()};
+  std::mt19937_64 random(20261122);
+  std::uniform_real_distribution<double> around(-1000.0, 1000.0);
+  for (int i = 0; i < 5000; ++i) values.push_back(around(random));
+  for (int i = 0; i < 5000; ++i) {  // any bit pattern: all exponents, NaNs with payloads
+    const std::uint64_t bits = random();
+    double value = 0;
+    std::memcpy(&value, &bits, sizeof value);
+    values.push_back(value);
+  }
+  for (int i = -200; i <= 200; ++i) values.push_back(i * 0.05);  // ties in decimal, near ties in binary
+  return values;
+}
+
+class RoundingMode {
+ public:
+  explicit RoundingMode(int mode) : saved_(std::fegetround()) { std::fesetround(mode); }
+  ~RoundingMode() { std::fesetround(saved_); }
+  RoundingMode(const RoundingMode&) = delete;
+  RoundingMode& operator=(const RoundingMode&) = delete;
+
+ private:
+  int saved_;
+};
+
+TEST(ParmValueToString, RealTextIsPrintfsOneDecimalForAnyDouble) {
+  for (const double value : RealSamples()) {
+    ASSERT_EQ(ValueText(ZANKnwBuilder::MakeRealParm(value)), Printf1(value)) << value;
+  }
+}
+
+TEST(ParmValueToString, RealTextFollowsPrintfInEveryRoundingMode) {
+  for (const int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+    const RoundingMode rounding(mode);
+    int differences = 0;  // the mode must matter somewhere for the test to show anything
+    for (const double value : RealSamples()) {
+      const std::string expected = Printf1(value);
+      ASSERT_EQ(ValueText(ZANKnwBuilder::MakeRealParm(value)), expected) << value << " mode " << mode;
+      char nearest[512];
+      {
+        const RoundingMode back(FE_TONEAREST);
+        std::snprintf(nearest, sizeof nearest, "%.1f", value);
+      }
+      if (expected != nearest) ++differences;
+    }
+    EXPECT_GT(differences, 0) << "mode " << mode;
+  }
+}
+
+TEST(ParmValueToString, IntegerTextIsPrintfsDecimalText) {
+  std::mt19937 random(7);
+  for (int i = 0; i < 5000; ++i) {
+    const auto value = static_cast<std::int32_t>(random());
+    char expected[32];
+    std::snprintf(expected, sizeof expected, "%d", value);
+    ASSERT_EQ(ValueText(ZANKnwBuilder::MakeIntegerParm(value)), expected);
+  }
+}
+
+// A global locale that groups thousands: time texts are then written as a stream of that locale
+// writes them.
+struct GroupingPunct : std::numpunct<char> {
+  char do_thousands_sep() const override { return '\''; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+class GlobalLocale {
+ public:
+  explicit GlobalLocale(const std::locale& locale) : saved_(std::locale::global(locale)) {}
+  ~GlobalLocale() { std::locale::global(saved_); }
+  GlobalLocale(const GlobalLocale&) = delete;
+  GlobalLocale& operator=(const GlobalLocale&) = delete;
+
+ private:
+  std::locale saved_;
+};
+
+TEST(ParmValueToString, TimeTextIsAStreamsTextInTheGlobalLocale) {
+  const std::vector<std::int64_t> seconds = {0, 1, -2, 999, 1700000000, -1700000000,
+                                             std::numeric_limits<std::int64_t>::max(),
+                                             std::numeric_limits<std::int64_t>::min()};
+  for (const bool grouping : {false, true}) {
+    const GlobalLocale locale(grouping ? std::locale(std::locale::classic(), new GroupingPunct)
+                                       : std::locale::classic());
+    for (const std::int64_t s : seconds) {
+      std::ostringstream stream;
+      stream << static_cast<std::int64_t>(static_cast<std::uint64_t>(s) * std::uint64_t{1000});
+      ASSERT_EQ(ValueText(ZANKnwBuilder::MakeTimeParm(ZANTime(s))), stream.str()) << s;
+    }
+  }
+  // The grouping locale did change the text.
+  const GlobalLocale locale(std::locale(std::locale::classic(), new GroupingPunct));
+  EXPECT_EQ(ValueText(ZANKnwBuilder::MakeTimeParm(ZANTime(1700000000))), "1'700'000'000'000");
+}
+
+TEST(ParmValueToString, AppendedTextIsTheReturnedTextAfterWhatWasThere) {
+  const ZANIType_var integer = Type("Integer");
+  const ZANIList_var withNull = ZANKnwBuilder::MakeList({ZANKnwBuilder::MakeIntegerParm(1), nullptr});
+  const ZANIList_var three = ZANKnwBuilder::MakeList(
+      {ZANKnwBuilder::MakeIntegerParm(4), ZANKnwBuilder::MakeIntegerParm(5), ZANKnwBuilder::MakeIntegerParm(6)});
+  const std::vector<ZANIKnwParm_var> parms = {
+      ZANKnwBuilder::MakeStringParm("text"),       ZANKnwBuilder::MakeRealParm(2.25),
+      ZANKnwBuilder::MakeIntegerParm(-7),          ZANKnwBuilder::MakeBooleanParm(1),
+      ZANKnwBuilder::MakeTimeParm(ZANTime(12)),    ZANKnwBuilder::MakeListParm(three),
+      ZANKnwBuilder::MakeListParm(withNull),       ZANKnwBuilder::MakeUnsetParm(integer)};
+  for (const ZANIKnwParm_var& parm : parms) {
+    std::string out = "before:";
+    kova::stamps::AppendParmValueText(out, parm);
+    EXPECT_EQ(out, "before:" + ValueText(parm));
+  }
+  std::string out = "before:";
+  kova::stamps::AppendParmValueText(out, ZANKnwBuilder::MakeListParm(withNull));
+  EXPECT_EQ(out, "before:");  // a list with a null element leaves nothing behind
+}
+
+}  // namespace value_text_against_printf
