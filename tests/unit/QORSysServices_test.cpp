@@ -1,6 +1,9 @@
 #include <KOVAMappingServices/QORSysServices.h>
 
 #include <gtest/gtest.h>
+#include <openssl/evp.h>
+
+#include <random>
 
 #include <cstdlib>
 #include <cstring>
@@ -93,6 +96,80 @@ TEST(QORSysConverter, RejectsWhatIsNotBase64) {
   Decode("YW-_", ZAN_E_INVALIDDATA);      // URL-safe alphabet
   Decode("{\"a\":1}", ZAN_E_INVALIDDATA);
   Decode("YQ==YQ==", ZAN_E_INVALIDDATA);  // data after padding
+}
+
+// The decoder checks the text while decoding it. Against the reference of a separate strict check
+// followed by OpenSSL's block decoder: same status, same bytes, for encodings of random bytes and
+// for each of them with one character replaced by every byte value, '=' included.
+struct Decoded {
+  HRESULT status = S_OK;
+  std::string bytes;
+  bool operator==(const Decoded&) const = default;
+};
+
+Decoded ReferenceDecode(const std::string& text) {
+  if (text.size() % 4 != 0) return {ZAN_E_INVALIDDATA, {}};
+  std::size_t padding = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    const bool inAlphabet = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+' ||
+                            c == '/';
+    if (c == '=') {
+      if (i + 2 < text.size()) return {ZAN_E_INVALIDDATA, {}};
+      ++padding;
+    } else if (padding != 0 || !inAlphabet) {
+      return {ZAN_E_INVALIDDATA, {}};
+    }
+  }
+  std::string out(text.size() / 4 * 3 + 3, '\0');
+  const int got = EVP_DecodeBlock(reinterpret_cast<unsigned char*>(out.data()),
+                                  reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+  if (got < 0) return {ZAN_E_INVALIDDATA, {}};
+  out.resize(text.size() / 4 * 3 - padding);
+  return {S_OK, out};
+}
+
+Decoded LibraryDecode(const std::string& text) {
+  unsigned char* bytes = nullptr;
+  std::uint64_t length = 0;
+  Decoded result;
+  result.status = QORSysConverter::ConvertFromBase64(text.data(), text.size(), bytes, length);
+  if (result.status == S_OK) {
+    result.bytes.assign(reinterpret_cast<char*>(bytes), static_cast<std::size_t>(length));
+    std::free(bytes);
+  }
+  return result;
+}
+
+TEST(QORSysConverter, DecodingMatchesTheCheckThenOpenSslDecode) {
+  std::mt19937 random(4242);
+  std::size_t accepted = 0;
+  std::size_t refused = 0;
+  for (std::size_t size = 0; size < 40; ++size) {
+    for (int sample = 0; sample < 3; ++sample) {
+      std::string bytes(size, '\0');
+      for (char& b : bytes) b = static_cast<char>(random());
+      std::string text((size + 2) / 3 * 4 + 1, '\0');
+      const int written = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
+                                          reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int>(size));
+      text.resize(static_cast<std::size_t>(written));
+      ASSERT_EQ(LibraryDecode(text), (Decoded{S_OK, bytes}));
+      for (std::size_t position = 0; position < text.size(); ++position) {
+        for (int value = 0; value < 256; ++value) {
+          std::string changed = text;
+          changed[position] = static_cast<char>(value);
+          const Decoded expected = ReferenceDecode(changed);
+          ASSERT_EQ(LibraryDecode(changed), expected) << changed << " at " << position;
+          (expected.status == S_OK ? accepted : refused) += 1;
+        }
+      }
+    }
+  }
+  // Both outcomes were met many times, trailing bits beyond the last byte among the accepted.
+  EXPECT_GT(accepted, 10000u);
+  EXPECT_GT(refused, 10000u);
+  EXPECT_EQ(LibraryDecode("YR=="), ReferenceDecode("YR=="));
+  EXPECT_EQ(LibraryDecode("YR=="), (Decoded{S_OK, "a"}));
 }
 
 }  // namespace
