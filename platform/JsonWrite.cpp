@@ -187,4 +187,31 @@ std::size_t ExpectedTextSize(const Node& node) noexcept {
   return &node == &node.doc->root ? node.doc->arena.Footprint() / 5 * 3 : 0;
 }
 
+struct CompactWriter::State {
+  explicit State(std::size_t expected) : out(expected), writer(out) {}
+  StringOutput out;
+  rapidjson::Writer<StringOutput> writer;
+};
+
+CompactWriter::CompactWriter(std::size_t expectedSize) : state_(std::make_unique<State>(expectedSize)) {}
+CompactWriter::~CompactWriter() = default;
+
+void CompactWriter::StartObject() { state_->writer.StartObject(); }
+void CompactWriter::EndObject() { state_->writer.EndObject(); }
+void CompactWriter::StartArray() { state_->writer.StartArray(); }
+void CompactWriter::EndArray() { state_->writer.EndArray(); }
+void CompactWriter::Key(std::string_view name) {
+  state_->writer.Key(name.data(), static_cast<rapidjson::SizeType>(name.size()));
+}
+void CompactWriter::String(std::string_view text) {
+  state_->writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+}
+void CompactWriter::Bool(bool value) { state_->writer.Bool(value); }
+void CompactWriter::Integer(std::int64_t value) {
+  char buffer[24];
+  state_->writer.RawValue(buffer, FormatInteger(value, buffer), rapidjson::kNumberType);
+}
+
+std::string CompactWriter::Take() { return state_->out.Take(); }
+
 }  // namespace kova::json

@@ -5,7 +5,14 @@
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
 
+#include <climits>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
 #include "model/MappingIndex.h"
+#include "platform/JsonNode.h"
+#include "platform/JsonWrite.h"
 #include "serialisation/CompressionSwitch.h"
 
 namespace {
@@ -52,9 +59,97 @@ ZANOmxJsonObject ReferenceObject(const KOVAMappingReference& reference) {
   return object;
 }
 
-}  // namespace
+// The same document written straight to text, member by member in the order the tree above gets
+// them, through the writer the tree's text comes from. Used when no log wants the tree printed.
+// What the tree refuses is left out here as well: texts longer than a tree holds, and elements
+// beyond the largest array.
+class StreamedDocument {
+ public:
+  explicit StreamedDocument(std::size_t expectedSize) : writer_(expectedSize) {}
 
-ZANUnicodeString KOVAMappingParser::TranslateToString(KOVAMappingTable& table) {
+  std::string Write(const KOVAMappingPrivateTable& table) {
+    writer_.StartObject();
+    writer_.Key("version");
+    writer_.Integer(KOVAMappingPrivateTable::GetCurrentVersion());
+    writer_.Key("References");
+    writer_.StartArray();
+    std::size_t count = 0;
+    for (const KOVAMappingReference& reference : kova::model::IndexAccess::References(table)) {
+      if (count++ >= kMaxElements) break;
+      Reference(reference);
+    }
+    writer_.EndArray();
+    writer_.EndObject();
+    return writer_.Take();
+  }
+
+ private:
+  static constexpr std::size_t kMaxElements = static_cast<std::size_t>(INT_MAX);
+
+  void String(std::string_view key, const ZANUnicodeString& value) {
+    if (value.GetLengthInByte() > kova::json::kMaxLength) return;
+    writer_.Key(key);
+    writer_.String(value.View());
+  }
+
+  void Bool(std::string_view key, bool value) {
+    writer_.Key(key);
+    writer_.Bool(value);
+  }
+
+  void CustomData(const KOVAMappingPrivateObject& data) {
+    const ZANUnicodeString customData = data.GetCustomData();
+    if (!(customData == kNull)) String("CustomData", customData);
+  }
+
+  void Stamp(const KOVAMappingPrivateObject& data) {
+    const ZANUnicodeString stamp = data.GetKSStamp();
+    if (!stamp.IsEmpty()) {
+      String("KOVASynchroStamp", KOVAKSSVersioning::ComputeKSSWithVersion(stamp, data.GetKSSVersion()));
+    }
+  }
+
+  void Instance(const KOVAMappingInstance& instance) {
+    const auto data = KOVAPrivateAccess::GetPrivate(instance);
+    writer_.StartObject();
+    String("kOVAId", data->GetKOVAID());
+    String("PlexoId", data->GetPlexoID());
+    Bool("IsLocal", data->GetIsLocal());
+    String("RefId", data->GetRefID());
+    CustomData(*data);
+    Stamp(*data);
+    writer_.EndObject();
+  }
+
+  void Reference(const KOVAMappingReference& reference) {
+    const auto data = KOVAPrivateAccess::GetPrivate(reference);
+    writer_.StartObject();
+    CustomData(*data);
+    Bool("IsLocal", data->GetIsLocal());
+    String("PlexoId", data->GetPlexoID());
+    String("kOVAId", data->GetKOVAID());
+    Stamp(*data);
+    const auto& instances = kova::model::IndexAccess::Instances(*data);
+    bool any = false;
+    std::size_t count = 0;
+    for (const KOVAMappingInstance& instance : instances) {
+      if (count++ >= kMaxElements) break;
+      if (!any) {
+        writer_.Key("Instances");
+        writer_.StartArray();
+        any = true;
+      }
+      Instance(instance);
+    }
+    if (any) writer_.EndArray();
+    writer_.EndObject();
+  }
+
+  kova::json::CompactWriter writer_;
+};
+
+// The tree of the document, printed to the log before its text is taken.
+ZANUnicodeString TreeText(KOVAMappingTable& table) {
   ZANOmxJsonObject root;
   root.PutInteger("version", KOVAMappingPrivateTable::GetCurrentVersion());
   ZANOmxJsonArray references;
@@ -64,7 +159,17 @@ ZANUnicodeString KOVAMappingParser::TranslateToString(KOVAMappingTable& table) {
   }
   root.PutJsonArray("References", references);
   if (KOVALogger::IsActive()) KOVALogger::log(root.PrettyPrint(), "JSON generated from MappingTable");
-  const ZANUnicodeString text = root.ToString();
+  return root.ToString();
+}
+
+}  // namespace
+
+ZANUnicodeString KOVAMappingParser::TranslateToString(KOVAMappingTable& table) {
+  // The tree is built only for the log's print of it; otherwise the text is written directly.
+  const ZANUnicodeString text =
+      KOVALogger::IsActive()
+          ? TreeText(table)
+          : ZANUnicodeString::FromValidUTF8(StreamedDocument(0).Write(*KOVAPrivateAccess::GetPrivate(table)));
   if (kova::CompressionSwitchOn()) {
     ZANUnicodeString envelope;
     // A failed compression falls back to the plain document.
