@@ -90,11 +90,18 @@ HRESULT KOVAMappingParser::CompressMTWithPrefix(const ZANUnicodeString& text, ZA
   return status;
 }
 
-std::uint64_t KOVAMappingParser::GetSizeRemovePrefix(ZANUnicodeString& text) {
-  // The narrow form of the text is its UTF-8 form: it is searched in place, without a copy.
-  const std::string_view narrow = text.View();
+namespace {
+
+// Where an envelope's payload starts in narrow, and the size its prefix declares; nothing without
+// a prefix.
+struct Payload {
+  std::size_t begin;
+  std::uint64_t size;
+};
+
+std::optional<Payload> FindPayload(std::string_view narrow) {
   const std::optional<kova::EnvelopePrefixMatch> match = kova::FindEnvelopePrefix(narrow);
-  if (!match) return 0;
+  if (!match) return std::nullopt;
 
   // The size digits are read from the fixed position 4 of the prefix up to its final ":", which
   // assumes a two-digit version (V12:, V11:): with V9:1234: the size read is 234. std::stoi
@@ -106,19 +113,33 @@ std::uint64_t KOVAMappingParser::GetSizeRemovePrefix(ZANUnicodeString& text) {
 
   // The first characters of the text go, as many as the prefix is long, wherever the prefix was
   // found; the prefix is ASCII, so its length in bytes is its length in characters.
-  // Only the characters removed are counted: what follows them is kept whole, as a copy of
-  // bytes already known to be valid UTF-8.
   const std::size_t removed = std::min<std::size_t>(match->length, INT_MAX);
-  const std::size_t begin = kova::utf8::OffsetOfCodePoint(narrow, removed);
-  text = ZANUnicodeString::FromValidUTF8(std::string(narrow.substr(begin)));
-  return size;
+  return Payload{kova::utf8::OffsetOfCodePoint(narrow, removed), size};
 }
 
-HRESULT KOVAMappingParser::DecompressMT(const ZANUnicodeString& payload, ZANUnicodeString& out,
-                                        std::uint64_t& size) {
+// What follows the removed characters, kept whole, as a copy of bytes already known to be valid
+// UTF-8.
+ZANUnicodeString PayloadText(std::string_view narrow, const Payload& payload) {
+  return ZANUnicodeString::FromValidUTF8(std::string(narrow.substr(payload.begin)));
+}
+
+}  // namespace
+
+std::uint64_t KOVAMappingParser::GetSizeRemovePrefix(ZANUnicodeString& text) {
+  // The narrow form of the text is its UTF-8 form: it is searched in place, without a copy.
+  const std::optional<Payload> payload = FindPayload(text.View());
+  if (!payload) return 0;
+  text = PayloadText(text.View(), *payload);
+  return payload->size;
+}
+
+namespace {
+
+// Opens the payload (a C string) into out, a text of at most size bytes.
+HRESULT DecompressPayload(const char* payload, ZANUnicodeString& out, std::uint64_t size) {
   unsigned char* decoded = nullptr;
   std::uint64_t decodedLength = 0;
-  HRESULT status = QORSysConverter::ConvertFromBase64(payload.CastToCharPtr(), decoded, decodedLength);
+  HRESULT status = QORSysConverter::ConvertFromBase64(payload, decoded, decodedLength);
   if (ZANFailed(status)) return status;
   std::unique_ptr<unsigned char, FreeDeleter> compressed(decoded);
 
@@ -154,11 +175,36 @@ HRESULT KOVAMappingParser::DecompressMT(const ZANUnicodeString& payload, ZANUnic
   return status;
 }
 
+}  // namespace
+
+HRESULT KOVAMappingParser::DecompressMT(const ZANUnicodeString& payload, ZANUnicodeString& out,
+                                        std::uint64_t& size) {
+  return DecompressPayload(payload.CastToCharPtr(), out, size);
+}
+
 HRESULT KOVAMappingParser::TryDecompressMT(ZANUnicodeString& text) {
-  std::uint64_t size = GetSizeRemovePrefix(text);
-  if (size == 0) return E_FAIL;
+  // As GetSizeRemovePrefix then DecompressMT, but the payload is decoded where it lies in text: the
+  // text loses its prefix only when the payload does not open (or opening it throws).
+  const std::string_view narrow = text.View();
+  const std::optional<Payload> payload = FindPayload(narrow);
+  if (!payload) return E_FAIL;
+  if (payload->size == 0) {
+    text = PayloadText(narrow, *payload);
+    return E_FAIL;
+  }
   ZANUnicodeString result;
-  const HRESULT status = DecompressMT(text, result, size);
-  if (ZANSucceeded(status)) text = std::move(result);
+  HRESULT status = S_OK;
+  try {
+    // The payload is a suffix of the text: its C string ends where the text's does.
+    status = DecompressPayload(text.CastToCharPtr() + payload->begin, result, payload->size);
+  } catch (...) {
+    text = PayloadText(narrow, *payload);
+    throw;
+  }
+  if (ZANSucceeded(status)) {
+    text = std::move(result);
+  } else {
+    text = PayloadText(narrow, *payload);
+  }
   return status;
 }
