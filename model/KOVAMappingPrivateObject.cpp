@@ -8,19 +8,38 @@
 #include <string>
 #include <utility>
 
+namespace {
+
+// What SetKSStamp and the stamp-taking constructors do with a stamp text: a versioned text is
+// stored stripped and sets the version it carries; an unversioned text is stored as it is and
+// leaves the version as it was.
+template <typename Stamp>
+void StoreStamp(Stamp&& stamp, ZANUnicodeString& stored, std::int32_t& storedVersion) {
+  const std::string_view text = stamp.View();
+  const std::int32_t version = kova::stamps::VersionOfStamp(text);
+  if (version >= 0) {
+    stored = ZANUnicodeString::FromValidUTF8(std::string(kova::stamps::StampWithoutPrefix(text)));
+    storedVersion = version;
+  } else {
+    stored = std::forward<Stamp>(stamp);
+  }
+}
+
+}  // namespace
+
 KOVAMappingPrivateObject::KOVAMappingPrivateObject() : customData_("") {}
 
 KOVAMappingPrivateObject::KOVAMappingPrivateObject(ZANUnicodeString kovaId, ZANUnicodeString plexoId,
                                                    ZANUnicodeString kssStamp)
     : kovaId_(std::move(kovaId)), plexoId_(std::move(plexoId)), customData_("") {
-  SetKSStamp(kssStamp);
+  StoreStamp(std::move(kssStamp), kssStamp_, kssVersion_);
 }
 
 KOVAMappingPrivateObject::KOVAMappingPrivateObject(ZANUnicodeString kovaId, ZANUnicodeString plexoId,
                                                    ZANUnicodeString kssStamp, ZANUnicodeString customData,
                                                    bool isLocal)
     : kovaId_(std::move(kovaId)), plexoId_(std::move(plexoId)), customData_(std::move(customData)), isLocal_(isLocal) {
-  SetKSStamp(kssStamp);
+  StoreStamp(std::move(kssStamp), kssStamp_, kssVersion_);
 }
 
 KOVAMappingPrivateObject::KOVAMappingPrivateObject(const KOVAMappingPrivateObject& other) = default;
@@ -74,16 +93,7 @@ KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetKSSVersion(const std::int
 }
 
 KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetKSStamp(const ZANUnicodeString& stamp) {
-  const std::string_view text = stamp.View();
-  const std::int32_t version = kova::stamps::VersionOfStamp(text);
-  if (version >= 0) {
-    // A versioned text: keep the stripped stamp and the version it carries. An unversioned text
-    // leaves the version as it was.
-    kssStamp_ = ZANUnicodeString::FromValidUTF8(std::string(kova::stamps::StampWithoutPrefix(text)));
-    kssVersion_ = version;
-  } else {
-    kssStamp_ = stamp;
-  }
+  StoreStamp(stamp, kssStamp_, kssVersion_);
   return *this;
 }
 

@@ -1,4 +1,11 @@
 // Reading mapping documents of versions 6 to 12 into mapping tables.
+//
+// With the log off, a document of versions 7 to 12 is read straight from the parser's tape: the
+// text is parsed once and each object's fields are picked out where they lie, with no value tree
+// in between. Any other document (another version, a version that is not a plain integer, text
+// that does not parse at once, or the log on, which prints the document) is loaded as a
+// ZANOmxJsonObject and read from it. Both ways run the same reader (serialisation/ReaderCore.h)
+// on the same fields, so they give the same table, statuses and log lines.
 #include <KOVAMappingServices/KOVAKSSVersioning.h>
 #include <KOVAMappingServices/KOVALogger.h>
 #include <KOVAMappingServices/KOVAMappingParser.h>
@@ -6,16 +13,18 @@
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <limits>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "platform/JsonAccess.h"
 #include "platform/JsonNode.h"
-#include "stamps/StampParser.h"
+#include "platform/JsonTape.h"
+#include "serialisation/ReaderCore.h"
 
 namespace {
 
@@ -23,96 +32,171 @@ using kova::json::Kind;
 using kova::json::Member;
 using kova::json::Node;
 using kova::json::Value;
+using kova::reader::Field;
+using kova::reader::FieldKind;
+using kova::reader::Fields;
+using kova::reader::StampKey;
 
 using MandatoryMap = std::map<ZANUnicodeString, std::int32_t>;
 
-void LogFailure(const char* message) {
-  if (KOVALogger::IsActive()) KOVALogger::log(message, "");
-}
+// The reader's view of a loaded value tree.
+struct TreeSource {
+  using ArrayRef = const Node*;
 
-// Which keys an object of a given document version must carry beyond the ids and "IsLocal".
-enum class StampKey { None, IsSetKSS, KOVASynchroStamp };
-
-// The keys every reference and instance of versions 7 to 12 carry, read into their outputs.
-struct ObjectFields {
-  ZANUnicodeString kovaId;
-  ZANUnicodeString plexoId;
-  ZANUnicodeString refId;
-  ZANUnicodeString kss;  // "KOVASynchroStamp" when the version demands it
-  HRESULT kssStatus = ZAN_E_NOTFOUND;
-  bool isLocal = false;
-};
-
-// The statuses of the mandatory keys of one object, kept in the byte order of the key names: the
-// order in which unvaluated keys are logged.
-enum MandatoryKey { kIsLocal, kIsSetKSS, kKOVASynchroStamp, kPlexoId, kRefId, kKovaId, kMandatoryKeys };
-constexpr const char* kMandatoryNames[kMandatoryKeys] = {"IsLocal", "IsSetKSS", "KOVASynchroStamp",
-                                                         "PlexoId", "RefId",    "kOVAId"};
-
-struct MandatoryStatuses {
-  std::int32_t status[kMandatoryKeys] = {};
-  bool read[kMandatoryKeys] = {};
-
-  void Set(MandatoryKey key, std::int32_t value) {
-    status[key] = value;
-    read[key] = true;
-  }
-
-  // Logs every key read with a failed status, in key order; true when there is none.
-  bool GotAll() const {
-    bool all = true;
-    for (int key = 0; key < kMandatoryKeys; ++key) {
-      if (read[key] && status[key] < 0) {
-        if (KOVALogger::IsActive()) KOVALogger::log(kMandatoryNames[key], "UNVALUATED MANDATORY FIELD");
-        all = false;
-      }
+  static Field<ArrayRef> FieldOf(const Member* m) {
+    Field<ArrayRef> field;
+    if (m == nullptr) return field;
+    switch (m->value.kind) {
+      case Kind::String:
+        field.kind = FieldKind::String;
+        field.text = m->value.Text();
+        break;
+      case Kind::True: field.kind = FieldKind::True; break;
+      case Kind::False: field.kind = FieldKind::False; break;
+      case Kind::Array:
+        field.kind = FieldKind::Array;
+        field.array = m->value.node;
+        break;
+      default: field.kind = FieldKind::Other; break;
     }
-    return all;
+    return field;
   }
+
+  static void FieldsOf(const Node& object, Fields<ArrayRef>& fields) {
+    for (std::size_t k = 0; k < kova::reader::kFieldCount; ++k) {
+      fields[k] = FieldOf(object.Find(kova::reader::kFieldKeys[k]));
+    }
+  }
+
+  class Cursor {
+   public:
+    Cursor(const TreeSource&, ArrayRef array)
+        : array_(array),
+          // The count that ZANOmxJsonArray::Length gives.
+          count_(std::min<std::uint32_t>(array->size, static_cast<std::uint32_t>(std::numeric_limits<int>::max()))) {}
+
+    bool Next(HRESULT& status, Fields<ArrayRef>& fields) {
+      if (next_ >= count_) return false;
+      const Value& v = array_->elements[next_++];
+      if (v.kind != Kind::Object) {
+        status = ZAN_E_TYPEMISMATCH;
+      } else {
+        status = S_OK;
+        FieldsOf(*v.node, fields);
+      }
+      return true;
+    }
+
+   private:
+    const Node* array_;
+    std::uint32_t count_;
+    std::uint32_t next_ = 0;
+  };
 };
 
-// The value of key in an object node, or null: what ZANOmxJsonObject's getters look up.
-const Value* Lookup(const Node& object, std::string_view key) {
-  const Member* m = object.Find(key);
-  return m != nullptr ? &m->value : nullptr;
-}
+// The reader's view of a document on the parser's tape. An array is named by the index of its
+// opening word.
+struct TapeSource {
+  using ArrayRef = std::size_t;
 
-void ReadMandatory(const Node& object, bool isInstance, StampKey stampKey, ObjectFields& fields,
-                   MandatoryStatuses& statuses) {
-  statuses.Set(kKovaId, kova::json::ReadString(Lookup(object, "kOVAId"), fields.kovaId));
-  statuses.Set(kPlexoId, kova::json::ReadString(Lookup(object, "PlexoId"), fields.plexoId));
-  if (isInstance) statuses.Set(kRefId, kova::json::ReadString(Lookup(object, "RefId"), fields.refId));
-  statuses.Set(kIsLocal, kova::json::ReadBoolean(Lookup(object, "IsLocal"), fields.isLocal));
-  if (stampKey == StampKey::IsSetKSS) {
-    bool isSet = false;
-    statuses.Set(kIsSetKSS, kova::json::ReadBoolean(Lookup(object, "IsSetKSS"), isSet));
-  } else if (stampKey == StampKey::KOVASynchroStamp) {
-    fields.kssStatus = kova::json::ReadString(Lookup(object, "KOVASynchroStamp"), fields.kss);
-    statuses.Set(kKOVASynchroStamp, fields.kssStatus);
+  const kova::json::TapeDocument& tape;
+
+  Field<ArrayRef> FieldAt(std::size_t i) const {
+    Field<ArrayRef> field;
+    switch (tape.Type(i)) {
+      case '"':
+        field.kind = FieldKind::String;
+        field.text = tape.String(i);
+        break;
+      case 't': field.kind = FieldKind::True; break;
+      case 'f': field.kind = FieldKind::False; break;
+      case '[':
+        field.kind = FieldKind::Array;
+        field.array = i;
+        break;
+      default: field.kind = FieldKind::Other; break;
+    }
+    return field;
   }
-}
 
-// The stamp of an object node, as KOVAKSSVersioning::GetStampParser gives it for the same object;
-// "KOVASynchroStamp" is taken from fields when it was already read.
-std::int32_t ReadStamp(const Node& object, StampKey stampKey, ObjectFields& fields, ZANUnicodeString& stamp) {
-  return kova::stamps::ParseStamp(
-      [&](const char* key, ZANUnicodeString& value) -> HRESULT {
-        if (stampKey == StampKey::KOVASynchroStamp && key[0] == 'K') {
-          if (fields.kssStatus >= 0) value = std::move(fields.kss);
-          return fields.kssStatus;
-        }
-        return kova::json::ReadString(Lookup(object, key), value);
-      },
-      [&](const char* key, bool& value) { return kova::json::ReadBoolean(Lookup(object, key), value); }, stamp);
-}
-
-// "CustomData" when it reads as a string, else "null".
-ZANUnicodeString ReadCustomData(const Node& object) {
-  ZANUnicodeString value;
-  if (ZANFailed(kova::json::ReadString(Lookup(object, "CustomData"), value))) {
-    return ZANUnicodeString::FromValidUTF8("null");
+  // One pass over the members of the object opening at index open; a repeated key leaves the
+  // value of its last appearance, as the value tree keeps it.
+  void FieldsOf(std::size_t open, Fields<ArrayRef>& fields) const {
+    fields = {};
+    for (std::size_t i = open + 1; tape.Type(i) != '}';) {
+      const std::size_t value = i + 1;
+      const kova::reader::FieldName name = kova::reader::FieldOfKey(tape.String(i));
+      if (name != kova::reader::kFieldCount) fields[name] = FieldAt(value);
+      i = tape.After(value);
+    }
   }
-  return value;
+
+  class Cursor {
+   public:
+    Cursor(const TapeSource& source, ArrayRef open) : source_(source), next_(open + 1) {}
+
+    bool Next(HRESULT& status, Fields<ArrayRef>& fields) {
+      const kova::json::TapeDocument& tape = source_.tape;
+      // At most as many elements as ZANOmxJsonArray::Length counts.
+      if (tape.Type(next_) == ']' || left_ == 0) return false;
+      --left_;
+      const std::size_t at = next_;
+      next_ = tape.After(at);
+      if (tape.Type(at) != '{') {
+        status = ZAN_E_TYPEMISMATCH;
+      } else {
+        status = S_OK;
+        source_.FieldsOf(at, fields);
+      }
+      return true;
+    }
+
+   private:
+    const TapeSource& source_;
+    std::size_t next_;
+    std::uint32_t left_ = static_cast<std::uint32_t>(std::numeric_limits<int>::max());
+  };
+};
+
+// What the root of a document on the tape tells before reading it.
+struct TapePlan {
+  int version = 0;
+  Field<std::size_t> references;
+};
+
+// The plan for a document whose root is an object and whose "version" is a plain integer from 7
+// to 12, or nothing for any other document.
+std::optional<TapePlan> PlanFromTape(const TapeSource& source) {
+  using kova::json::TapeDocument;
+  const TapeDocument& tape = source.tape;
+  if (tape.Type(TapeDocument::kTop) != '{') return std::nullopt;
+  std::size_t version = 0;
+  TapePlan plan;
+  for (std::size_t i = TapeDocument::kTop + 1; tape.Type(i) != '}';) {
+    const std::size_t value = i + 1;
+    const std::string_view key = tape.String(i);
+    if (key == "version") {
+      version = value;
+    } else if (key == "References") {
+      plan.references = source.FieldAt(value);
+    }
+    i = tape.After(value);
+  }
+  if (version == 0 || tape.Type(version) != 'l') return std::nullopt;
+  const std::int64_t number = tape.Integer(version);
+  if (number < 7 || number > 12) return std::nullopt;
+  plan.version = static_cast<int>(number);
+  return plan;
+}
+
+// As TranslateToMappingTable from the version on, for a document planned from the tape.
+HRESULT ReadFromTape(const TapeSource& source, const TapePlan& plan, const ZANBaseUnknown& owner,
+                     KOVAMappingTable& table) {
+  table.SetOwner(owner);
+  KOVAPrivateAccess::GetPrivate(table)->SetVersion(plan.version);
+  const kova::reader::VersionKeys keys = kova::reader::KeysOfVersion(plan.version);
+  return kova::reader::ParseReferences(source, plan.references, table, keys.references, keys.instances,
+                                       keys.logInstanceFailure);
 }
 
 }  // namespace
@@ -121,13 +205,24 @@ HRESULT KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString text, const 
                                                    KOVAMappingTable& table) {
   // An envelope is replaced by the text it holds; any other text is parsed as it is.
   TryDecompressMT(text);
+  if (!KOVALogger::IsActive()) {
+    kova::json::TapeDocument tape;
+    if (tape.Parse(text.View())) {
+      const TapeSource source{tape};
+      if (const std::optional<TapePlan> plan = PlanFromTape(source)) {
+        // The tape holds copies of every text: the document's own copy is no longer needed.
+        text = ZANUnicodeString();
+        return ReadFromTape(source, *plan, owner, table);
+      }
+    }
+  }
   ZANOmxJsonObject root;
   const HRESULT loaded = root.LoadFromString(text);
   // The tree holds copies of every text: the document's own copy is no longer needed.
   text = ZANUnicodeString();
   if (loaded < 0) return loaded;
   if (root.IsEmpty() || !root.IsValidJsonObject()) {
-    LogFailure("KOVA JSON EMPTY OR INVALID");
+    kova::reader::LogFailure("KOVA JSON EMPTY OR INVALID");
     return E_FAIL;
   }
   table.SetOwner(owner);
@@ -139,14 +234,14 @@ HRESULT KOVAMappingParser::ParseMappingTable(const ZANOmxJsonObject& root, KOVAM
   int version = -1;
   const HRESULT read = root.GetInteger("version", version);
   if (read < 0) {
-    LogFailure("CANNOT READ VERSION ON KOVA JSON");
+    kova::reader::LogFailure("CANNOT READ VERSION ON KOVA JSON");
     return read;
   }
   // Recorded before any check, so a refused version is still seen on the table.
   KOVAPrivateAccess::GetPrivate(table)->SetVersion(version);
   HRESULT status = E_FAIL;
   if (version <= 5) {
-    LogFailure("UNSUPPORTED VERSION ( version < 6 )");
+    kova::reader::LogFailure("UNSUPPORTED VERSION ( version < 6 )");
   } else if (version <= 12) {
     switch (version) {
       case 6: status = ParseRefV6(root, table); break;
@@ -158,7 +253,7 @@ HRESULT KOVAMappingParser::ParseMappingTable(const ZANOmxJsonObject& root, KOVAM
     }
   } else {
     // The words say 11 although 12 is read: documents and logs in the field carry this text.
-    LogFailure("UNSUPPORTED VERSION ( version > 11 )");
+    kova::reader::LogFailure("UNSUPPORTED VERSION ( version > 11 )");
   }
   if (KOVALogger::IsActive()) KOVALogger::log(KOVALogger::ToString(table), "MappingTable at the end of parsing");
   return status;
@@ -181,110 +276,43 @@ std::int32_t KOVAMappingParser::GetStamp(const ZANOmxJsonObject& object, ZANUnic
 
 namespace {
 
-// The element at position i (from 0) of an array node as an object node, or the status
-// ZANOmxJsonArray::GetJsonObject gives for it.
-HRESULT ElementObject(const Node& array, std::uint32_t i, const Node*& element) {
-  const Value& v = array.elements[i];
-  if (v.kind != Kind::Object) return ZAN_E_TYPEMISMATCH;
-  element = v.node;
-  return S_OK;
+// The reference reader of a version on a loaded root.
+HRESULT ParseReferencesOf(const ZANOmxJsonObject& root, KOVAMappingTable& table, int version) {
+  const std::shared_ptr<Node>& node = Node::Of(root);
+  const Field<const Node*> references = TreeSource::FieldOf(node ? node->Find("References") : nullptr);
+  const kova::reader::VersionKeys keys = kova::reader::KeysOfVersion(version);
+  return kova::reader::ParseReferences(TreeSource{}, references, table, keys.references, keys.instances,
+                                       keys.logInstanceFailure);
 }
 
-// The number of elements that ZANOmxJsonArray::Length gives.
-std::uint32_t Length(const Node& array) {
-  return std::min<std::uint32_t>(array.size, static_cast<std::uint32_t>(std::numeric_limits<int>::max()));
-}
-
-// The instance reader of versions 7 to 12, on the object holding "Instances".
-HRESULT ParseInstances(const Node& object, KOVAMappingReference& reference, StampKey stampKey) {
-  const Value* value = Lookup(object, "Instances");
-  if (value == nullptr) return ZAN_E_NOTFOUND;
-  if (value->kind != Kind::Array) return ZAN_E_TYPEMISMATCH;
-  const Node& instances = *value->node;
-  const std::uint32_t count = Length(instances);
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const Node* element = nullptr;
-    const HRESULT status = ElementObject(instances, i, element);
-    if (status < 0) return status;
-    ObjectFields fields;
-    MandatoryStatuses statuses;
-    ReadMandatory(*element, true, stampKey, fields, statuses);
-    if (!statuses.GotAll()) return E_FAIL;
-    ZANUnicodeString stamp;
-    const std::int32_t stampVersion = ReadStamp(*element, stampKey, fields, stamp);
-    if (stampVersion < 0) return E_FAIL;
-    KOVAMappingInstance instance(std::move(fields.kovaId), std::move(fields.plexoId), std::move(stamp),
-                                 std::move(fields.refId), ReadCustomData(*element), fields.isLocal);
-    KOVAPrivateAccess::GetPrivate(instance)->SetKSSVersion(stampVersion);
-    if (reference.AddInstance(std::move(instance)) < 0) return E_FAIL;
-  }
-  return S_OK;
-}
-
-// The reference reader of versions 7 to 12: "References" is an array of reference objects, each
-// with its own "Instances" array.
-HRESULT ParseReferences(const ZANOmxJsonObject& root, KOVAMappingTable& table, StampKey stampKey,
-                        StampKey instanceStampKey, bool logInstanceFailure) {
-  const std::shared_ptr<Node>& rootNode = Node::Of(root);
-  const Value* value = rootNode ? Lookup(*rootNode, "References") : nullptr;
-  if (value == nullptr) return E_FAIL;
-  if (value->kind != Kind::Array) return ZAN_E_TYPEMISMATCH;
-  const Node& references = *value->node;
-  const std::uint32_t count = Length(references);
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const Node* element = nullptr;
-    HRESULT status = ElementObject(references, i, element);
-    if (status < 0) return status;
-    ObjectFields fields;
-    MandatoryStatuses statuses;
-    ReadMandatory(*element, false, stampKey, fields, statuses);
-    if (!statuses.GotAll()) return E_FAIL;
-    ZANUnicodeString stamp;
-    const std::int32_t stampVersion = ReadStamp(*element, stampKey, fields, stamp);
-    if (stampVersion < 0) return E_FAIL;
-    KOVAMappingReference reference(std::move(fields.kovaId), std::move(fields.plexoId), std::move(stamp),
-                                   ReadCustomData(*element), fields.isLocal);
-    KOVAPrivateAccess::GetPrivate(reference)->SetKSSVersion(stampVersion);
-    if (Lookup(*element, "Instances") != nullptr) {
-      status = ParseInstances(*element, reference, instanceStampKey);
-      if (status < 0) {
-        if (logInstanceFailure) LogFailure("PROBLEM PARSING INSTANCES");
-        return status;
-      }
-    }
-    if (table.AddReference(reference) < 0) return E_FAIL;
-  }
-  return S_OK;
-}
-
-// The instance reader on a handle, for the instance readers of each version.
+// The instance reader on a loaded object, for the instance readers of each version.
 HRESULT ParseInstancesOf(const ZANOmxJsonObject& object, KOVAMappingReference& reference, StampKey stampKey) {
   const std::shared_ptr<Node>& node = Node::Of(object);
   if (!node) return ZAN_E_NOTFOUND;
-  return ParseInstances(*node, reference, stampKey);
+  return kova::reader::ParseInstances(TreeSource{}, TreeSource::FieldOf(node->Find("Instances")), reference,
+                                      stampKey);
 }
 
 }  // namespace
 
 HRESULT KOVAMappingParser::ParseRefV7(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
-  return ParseReferences(root, table, StampKey::None, StampKey::None, true);
+  return ParseReferencesOf(root, table, 7);
 }
 
 HRESULT KOVAMappingParser::ParseRefV8(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
-  return ParseReferences(root, table, StampKey::None, StampKey::None, false);
+  return ParseReferencesOf(root, table, 8);
 }
 
-// Version 9 demands "IsSetKSS" of references only: its instances are read as in version 8.
 HRESULT KOVAMappingParser::ParseRefV9(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
-  return ParseReferences(root, table, StampKey::IsSetKSS, StampKey::None, false);
+  return ParseReferencesOf(root, table, 9);
 }
 
 HRESULT KOVAMappingParser::ParseRefV10(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
-  return ParseReferences(root, table, StampKey::IsSetKSS, StampKey::IsSetKSS, false);
+  return ParseReferencesOf(root, table, 10);
 }
 
 HRESULT KOVAMappingParser::ParseRefV11(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
-  return ParseReferences(root, table, StampKey::KOVASynchroStamp, StampKey::KOVASynchroStamp, false);
+  return ParseReferencesOf(root, table, 11);
 }
 
 HRESULT KOVAMappingParser::ParseInstV7(const ZANOmxJsonObject& object, KOVAMappingReference& reference) {
