@@ -8,12 +8,12 @@
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
 #include "tests/env/StampObjects.h"
+#include "tests/support/RunTogether.h"
 
 namespace {
 
@@ -22,16 +22,7 @@ constexpr int kThreads = 8;
 // Runs body(i) on kThreads threads released together.
 template <class Body>
 void RunTogether(Body body) {
-  std::latch start(kThreads);
-  std::vector<std::thread> threads;
-  threads.reserve(kThreads);
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&start, &body, i] {
-      start.arrive_and_wait();
-      body(i);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  kova::test::RunTogether(kThreads, std::move(body));
 }
 
 TEST(DictionaryFirstUse, EveryThreadGetsTheOneDictionaryOfEachKind) {
