@@ -8,6 +8,7 @@
 #include <KOVAMappingServices/QORSysServices.h>
 #include <KOVAMappingServices/ZANSysCompression.h>
 
+#include "platform/JsonArena.h"
 #include "platform/Utf8.h"
 #include "serialisation/EnvelopePrefix.h"
 
@@ -143,11 +144,29 @@ HRESULT DecompressPayload(const char* payload, ZANUnicodeString& out, std::uint6
   if (ZANFailed(status)) return status;
   std::unique_ptr<unsigned char, FreeDeleter> compressed(decoded);
 
-  // One target of exactly the declared size, not cleared: a prefix that declares far more than the
-  // payload holds costs address space, not memory, and no second pass is made.
-  auto target = std::make_unique_for_overwrite<unsigned char[]>(size);
+  // The target holds exactly the declared size. When the declared size is one that a document
+  // compresses from (at most kDirectRatio times the compressed bytes), the text is opened straight
+  // into the string that the result keeps. A larger declaration (an unusual ratio, or a prefix
+  // that lies) gets a target that is not cleared, so that it costs address space, not memory, and
+  // only what is produced is copied out. Both ways decompress into the same number of bytes and
+  // give the same text.
+  constexpr std::uint64_t kDirectRatio = 16;
+  std::string direct;
+  std::unique_ptr<unsigned char[]> target;
+  unsigned char* into = nullptr;
+  if (size / kDirectRatio <= decodedLength) {
+    direct.reserve(static_cast<std::size_t>(size));
+    // Large texts fault in far fewer pages when the kernel may back them with huge pages.
+    kova::json::AdviseHugePages(direct.data(), static_cast<std::size_t>(size));
+    direct.resize(static_cast<std::size_t>(size));
+    into = reinterpret_cast<unsigned char*>(direct.data());
+  } else {
+    target = std::make_unique_for_overwrite<unsigned char[]>(size);
+    kova::json::AdviseHugePages(target.get(), static_cast<std::size_t>(size));
+    into = target.get();
+  }
   std::uint64_t produced = size;
-  status = ZANSysUncompress(compressed.get(), decodedLength, target.get(), produced);
+  status = ZANSysUncompress(compressed.get(), decodedLength, into, produced);
   compressed.reset();
 
   if (ZANFailed(status)) {
@@ -168,8 +187,13 @@ HRESULT DecompressPayload(const char* payload, ZANUnicodeString& out, std::uint6
     return status;
   }
 
-  out = ZANUnicodeString(reinterpret_cast<const char*>(target.get()), static_cast<std::size_t>(produced));
-  target.reset();
+  if (target) {
+    out = ZANUnicodeString(reinterpret_cast<const char*>(target.get()), static_cast<std::size_t>(produced));
+    target.reset();
+  } else {
+    direct.resize(static_cast<std::size_t>(produced));
+    out = ZANUnicodeString(std::move(direct));
+  }
   Log("DECOMPRESSED STRING:");
   Log(out);
   return status;

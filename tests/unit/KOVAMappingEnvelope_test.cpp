@@ -143,6 +143,36 @@ TEST(KOVAMappingEnvelope, DecompressedBytesThatAreNotUtf8BecomeReplacementCharac
   EXPECT_EQ(opened.text, "a\xEF\xBF\xBDz");
 }
 
+// A declared size close to what the payload can hold is opened straight into the result's string,
+// a much larger one into a separate buffer: every declaration that leaves room for the text gives
+// the same text, whatever the ratio of the document's compression.
+TEST(KOVAMappingEnvelope, EveryRoomyDeclaredSizeGivesTheSameText) {
+  std::string repetitive = "{\"a\":\"";
+  repetitive.append(200000, 'x');
+  repetitive += "\"}";
+  for (const std::string& document : {repetitive, RandomText(50000, "{}[]\":,abcXYZ0123456789 ", 5), kUnicode}) {
+    const std::string payload = PayloadOf(Envelope(document));
+    const std::size_t compressed = Base64Decode(payload).value_or(std::string()).size();
+    ASSERT_GT(compressed, 0u);
+    for (const std::uint64_t size : {std::uint64_t{document.size()}, std::uint64_t{document.size() + 1},
+                                     std::uint64_t{16 * compressed}, std::uint64_t{16 * compressed + 16},
+                                     std::uint64_t{2147483647}}) {
+      if (size < document.size()) continue;
+      const Opened opened = Open("V12:" + std::to_string(size) + ":" + payload);
+      EXPECT_EQ(opened.status, S_OK) << "size " << size;
+      EXPECT_TRUE(opened.text == document) << "size " << size;
+    }
+  }
+}
+
+TEST(KOVAMappingEnvelope, BytesThatAreNotUtf8AreReplacedWhateverTheDeclaredSize) {
+  for (const char* size : {"3", "4", "100000"}) {
+    const Opened opened = Open(MakeEnvelope("12", size, StoredZlibStream("a\xFFz")));
+    EXPECT_EQ(opened.status, S_OK) << size;
+    EXPECT_EQ(opened.text, "a\xEF\xBF\xBDz") << size;
+  }
+}
+
 TEST(KOVAMappingEnvelope, DeclaredSizeLargerThanTheTextOpensToTheRealText) {
   const Opened opened = Open("V12:1000:" + PayloadOf(Envelope(kJson)));
   EXPECT_EQ(opened.status, S_OK);
