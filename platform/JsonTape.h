@@ -9,8 +9,6 @@
 #ifndef KOVA_PLATFORM_JSONTAPE_H_
 #define KOVA_PLATFORM_JSONTAPE_H_
 
-#include <KOVAMappingServices/ZANStatus.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -30,9 +28,10 @@ class TapeDocument {
 
   // Parses text (one leading byte order mark skipped) onto the tape. False when the text is blank,
   // is not well-formed JSON, nests too deep, holds a number the parser cannot read, or memory runs
-  // out: loading it as a tree then decides what it is. The copy of the text made for the parser
-  // is given back before this returns; the tape and its strings stay until destruction, and
-  // hold the thread's parser until then.
+  // out: loading it as a tree then decides what it is. The padded copy of a large text made for
+  // the parser is given back before this returns; the tape and its strings stay until
+  // destruction, and hold the thread's parser until then (a load on the same thread meanwhile
+  // uses a parser of its own).
   bool Parse(std::string_view text) noexcept;
 
   // Index of the document's top value.

@@ -12,9 +12,7 @@
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
 
-#include <algorithm>
 #include <cstddef>
-#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -25,138 +23,19 @@
 #include "platform/JsonNode.h"
 #include "platform/JsonTape.h"
 #include "serialisation/ReaderCore.h"
+#include "serialisation/ReaderSources.h"
 
 namespace {
 
-using kova::json::Kind;
-using kova::json::Member;
 using kova::json::Node;
-using kova::json::Value;
 using kova::reader::Field;
 using kova::reader::FieldKind;
 using kova::reader::Fields;
 using kova::reader::StampKey;
+using kova::reader::TapeSource;
+using kova::reader::TreeSource;
 
 using MandatoryMap = std::map<ZANUnicodeString, std::int32_t>;
-
-// The reader's view of a loaded value tree.
-struct TreeSource {
-  using ArrayRef = const Node*;
-
-  static Field<ArrayRef> FieldOf(const Member* m) {
-    Field<ArrayRef> field;
-    if (m == nullptr) return field;
-    switch (m->value.kind) {
-      case Kind::String:
-        field.kind = FieldKind::String;
-        field.text = m->value.Text();
-        break;
-      case Kind::True: field.kind = FieldKind::True; break;
-      case Kind::False: field.kind = FieldKind::False; break;
-      case Kind::Array:
-        field.kind = FieldKind::Array;
-        field.array = m->value.node;
-        break;
-      default: field.kind = FieldKind::Other; break;
-    }
-    return field;
-  }
-
-  static void FieldsOf(const Node& object, Fields<ArrayRef>& fields) {
-    for (std::size_t k = 0; k < kova::reader::kFieldCount; ++k) {
-      fields[k] = FieldOf(object.Find(kova::reader::kFieldKeys[k]));
-    }
-  }
-
-  class Cursor {
-   public:
-    Cursor(const TreeSource&, ArrayRef array)
-        : array_(array),
-          // The count that ZANOmxJsonArray::Length gives.
-          count_(std::min<std::uint32_t>(array->size, static_cast<std::uint32_t>(std::numeric_limits<int>::max()))) {}
-
-    bool Next(HRESULT& status, Fields<ArrayRef>& fields) {
-      if (next_ >= count_) return false;
-      const Value& v = array_->elements[next_++];
-      if (v.kind != Kind::Object) {
-        status = ZAN_E_TYPEMISMATCH;
-      } else {
-        status = S_OK;
-        FieldsOf(*v.node, fields);
-      }
-      return true;
-    }
-
-   private:
-    const Node* array_;
-    std::uint32_t count_;
-    std::uint32_t next_ = 0;
-  };
-};
-
-// The reader's view of a document on the parser's tape. An array is named by the index of its
-// opening word.
-struct TapeSource {
-  using ArrayRef = std::size_t;
-
-  const kova::json::TapeDocument& tape;
-
-  Field<ArrayRef> FieldAt(std::size_t i) const {
-    Field<ArrayRef> field;
-    switch (tape.Type(i)) {
-      case '"':
-        field.kind = FieldKind::String;
-        field.text = tape.String(i);
-        break;
-      case 't': field.kind = FieldKind::True; break;
-      case 'f': field.kind = FieldKind::False; break;
-      case '[':
-        field.kind = FieldKind::Array;
-        field.array = i;
-        break;
-      default: field.kind = FieldKind::Other; break;
-    }
-    return field;
-  }
-
-  // One pass over the members of the object opening at index open; a repeated key leaves the
-  // value of its last appearance, as the value tree keeps it.
-  void FieldsOf(std::size_t open, Fields<ArrayRef>& fields) const {
-    fields = {};
-    for (std::size_t i = open + 1; tape.Type(i) != '}';) {
-      const std::size_t value = i + 1;
-      const kova::reader::FieldName name = kova::reader::FieldOfKey(tape.String(i));
-      if (name != kova::reader::kFieldCount) fields[name] = FieldAt(value);
-      i = tape.After(value);
-    }
-  }
-
-  class Cursor {
-   public:
-    Cursor(const TapeSource& source, ArrayRef open) : source_(source), next_(open + 1) {}
-
-    bool Next(HRESULT& status, Fields<ArrayRef>& fields) {
-      const kova::json::TapeDocument& tape = source_.tape;
-      // At most as many elements as ZANOmxJsonArray::Length counts.
-      if (tape.Type(next_) == ']' || left_ == 0) return false;
-      --left_;
-      const std::size_t at = next_;
-      next_ = tape.After(at);
-      if (tape.Type(at) != '{') {
-        status = ZAN_E_TYPEMISMATCH;
-      } else {
-        status = S_OK;
-        source_.FieldsOf(at, fields);
-      }
-      return true;
-    }
-
-   private:
-    const TapeSource& source_;
-    std::size_t next_;
-    std::uint32_t left_ = static_cast<std::uint32_t>(std::numeric_limits<int>::max());
-  };
-};
 
 // What the root of a document on the tape tells before reading it.
 struct TapePlan {
