@@ -29,8 +29,6 @@ namespace {
 
 using kova::json::Node;
 using kova::reader::Field;
-using kova::reader::FieldKind;
-using kova::reader::Fields;
 using kova::reader::StampKey;
 using kova::reader::TapeSource;
 using kova::reader::TreeSource;
