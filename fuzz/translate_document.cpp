@@ -1,9 +1,13 @@
 // TranslateToMappingTable on arbitrary text: any status, never a crash. The only exceptions that
-// may come out are the decimal conversion failures of an envelope's size field. A table read with
-// success writes out and reads back to the same content, unless its stamps are of the kinds that
-// do not survive the trip (see ReadsBackUnchanged).
+// may come out are the decimal conversion failures of an envelope's size field. The status, table
+// and version are those of the plain reader (tests/support/PlainReader), which reads through the
+// JSON object model's getters. A table read with success writes out and reads back to the same
+// content, unless its stamps are of the kinds that do not survive the trip (see
+// ReadsBackUnchanged).
 #include <KOVAMappingServices/KOVAMappingParser.h>
+#include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 #include <KOVAMappingServices/KOVAMappingTable.h>
+#include <KOVAMappingServices/KOVAPrivateAccess.h>
 
 #include <memory>
 #include <stdexcept>
@@ -11,6 +15,7 @@
 
 #include "fuzz/FuzzSupport.h"
 #include "serialisation/EnvelopePrefix.h"
+#include "tests/support/PlainReader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const ZANBaseUnknown owner(std::make_shared<ZANComponent>());
@@ -23,6 +28,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return 0;
   } catch (const std::invalid_argument&) {
     return 0;
+  }
+  {
+    KOVAMappingTable plain;
+    const HRESULT expected = kova::test::plain::Read(
+        ZANUnicodeString(reinterpret_cast<const char*>(data), size), owner, plain);
+    kova::fuzz::Check(status == expected, "the status differs from the plain reader's");
+    kova::fuzz::Check(KOVAPrivateAccess::GetPrivate(table)->GetVersion() ==
+                          KOVAPrivateAccess::GetPrivate(plain)->GetVersion(),
+                      "the version differs from the plain reader's");
+    kova::fuzz::Check(kova::fuzz::DescribeContent(table) == kova::fuzz::DescribeContent(plain),
+                      "the table differs from the plain reader's");
   }
   if (status == S_OK && kova::fuzz::ReadsBackUnchanged(table)) {
     const ZANUnicodeString written = KOVAMappingParser::TranslateToString(table);
