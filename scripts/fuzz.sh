@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 seconds="${1:?usage: scripts/fuzz.sh SECONDS [target...]}"
 shift
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(translate_document translate_envelope decompress stamp_text stamp_parser stamp_map)
+[ ${#targets[@]} -gt 0 ] || targets=(translate_document translate_envelope decompress stamp_text stamp_parser stamp_map tool_inputs)
 
 cmake --preset fuzz >/dev/null
 nice -n 10 cmake --build --preset fuzz -j2
