@@ -12,13 +12,6 @@ namespace kova::json {
 
 namespace {
 
-bool IsAllBlank(std::string_view text) noexcept {
-  for (const char c : text) {
-    if (!IsBlank(c)) return false;
-  }
-  return true;
-}
-
 HRESULT Parse(Workspace& work, std::string_view text, std::shared_ptr<Document>& out) {
   simdjson::error_code error = simdjson::SUCCESS;
   const HRESULT parsed = work.ParseDom(text, true, error);
@@ -53,10 +46,10 @@ HRESULT Parse(Workspace& work, std::string_view text, std::shared_ptr<Document>&
 }  // namespace
 
 HRESULT LoadDocument(std::string_view text, std::shared_ptr<Node>& root) {
-  if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) text.remove_prefix(kByteOrderMark.size());
+  text = WithoutByteOrderMark(text);
   try {
     std::shared_ptr<Document> doc;
-    if (IsAllBlank(text)) {
+    if (TrimBlanks(text).empty()) {
       doc = std::make_shared<Document>(NodeKind::Object);
     } else {
       WorkspaceLease work(text.size());

@@ -14,7 +14,7 @@ TapeDocument::TapeDocument() = default;
 TapeDocument::~TapeDocument() = default;
 
 bool TapeDocument::Parse(std::string_view text) noexcept {
-  if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) text.remove_prefix(kByteOrderMark.size());
+  text = WithoutByteOrderMark(text);
   if (TrimBlanks(text).empty()) return false;
   try {
     lease_ = std::make_unique<WorkspaceLease>(text.size());

@@ -25,7 +25,12 @@ inline constexpr std::size_t kMaxKeptTextSize = std::size_t{64} << 20;
 inline constexpr std::size_t kShrinkFactor = 4;
 inline constexpr std::size_t kAlwaysKeptSize = std::size_t{1} << 20;
 
-inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+// text without one leading UTF-8 byte order mark, which loading skips.
+inline std::string_view WithoutByteOrderMark(std::string_view text) noexcept {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) text.remove_prefix(kByteOrderMark.size());
+  return text;
+}
 
 inline bool MayPrecedeNumber(char c) noexcept {
   return c == ':' || c == '[' || c == ',' || c == ' ' || c == '\t' || c == '\n' || c == '\r';

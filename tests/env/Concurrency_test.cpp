@@ -13,7 +13,6 @@
 
 #include <atomic>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "tests/env/StampObjects.h"
@@ -25,19 +24,13 @@ namespace {
 
 constexpr int kThreads = 8;
 
-// Runs body(i) on kThreads threads released together.
-template <class Body>
-void RunTogether(Body body) {
-  kova::test::RunTogether(kThreads, std::move(body));
-}
-
 TEST(ConcurrentFirstUse, LoggerSwitchAndDictionariesOnFirstUse) {
   std::vector<int> active(kThreads, -1);
   std::vector<std::string> fromObject(kThreads);
   std::vector<std::string> fromMap(kThreads);
   std::vector<HRESULT> statuses(2 * kThreads, E_FAIL);
   kova::test::StdoutCapture capture;  // the stamp computation logs its entries
-  RunTogether([&](int i) {
+  kova::test::RunTogether(kThreads, [&](int i) {
     // Half the threads start with the switch, half with a stamp (which asks the switch itself).
     ZANUnicodeString objectStamp;
     ZANUnicodeString mapStamp;
@@ -102,7 +95,7 @@ TEST(ConcurrentWork, ThreadsReadWriteAndStampTheirOwnTables) {
   constexpr int kRounds = 12;
   std::vector<int> failures(kThreads, -1);
   std::vector<int> active(kThreads, -1);
-  RunTogether([&](int i) {
+  kova::test::RunTogether(kThreads, [&](int i) {
     active[i] = KOVALogger::IsActive() ? 1 : 0;
     failures[i] = Work(i, kRounds);
   });
@@ -114,7 +107,7 @@ TEST(ConcurrentWork, ThreadsReadWriteAndStampTheirOwnTables) {
 
 TEST(ConcurrentWork, StampsOfTheSameValuesAgreeAcrossThreads) {
   std::vector<std::string> stamps(kThreads);
-  RunTogether([&](int i) {
+  kova::test::RunTogether(kThreads, [&](int i) {
     for (int round = 0; round < 50; ++round) {
       ZANUnicodeString stamp;
       if (KOVASynchroStampServices::ComputeKOVASynchroStamp(kova::test::EveryKindAttributes(), stamp) != S_OK) return;
@@ -130,7 +123,7 @@ TEST(ConcurrentWork, SharedHandlesCountedAcrossThreads) {
   // object alive and whole (only the reference counts are shared).
   KOVAMappingReference shared("R", "P", "V1:s", "null", false);
   std::atomic<int> wrong{0};
-  RunTogether([&](int) {
+  kova::test::RunTogether(kThreads, [&](int) {
     for (int round = 0; round < 2000; ++round) {
       const KOVAMappingReference copy = shared;
       if (copy.GetKOVAID().Str() != "R") ++wrong;

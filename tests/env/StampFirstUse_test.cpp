@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "tests/env/StampObjects.h"
@@ -19,17 +18,11 @@ namespace {
 
 constexpr int kThreads = 8;
 
-// Runs body(i) on kThreads threads released together.
-template <class Body>
-void RunTogether(Body body) {
-  kova::test::RunTogether(kThreads, std::move(body));
-}
-
 TEST(DictionaryFirstUse, EveryThreadGetsTheOneDictionaryOfEachKind) {
   std::vector<const ZANITypeDictionary*> types(kThreads, nullptr);
   std::vector<const ZANIParmDictionary*> parms(kThreads, nullptr);
   std::vector<const ZANIType*> timeTypes(kThreads, nullptr);
-  RunTogether([&](int i) {
+  kova::test::RunTogether(kThreads, [&](int i) {
     // Half the threads start with the parameter dictionary, which itself needs the type dictionary.
     if (i % 2 == 0) {
       types[i] = ZANGlobalFunctions::GetTypeDictionary().Get();
@@ -60,7 +53,7 @@ TEST(StampFirstUse, ConcurrentFirstStampsAgree) {
   const auto everyKind = kova::test::EveryKindAttributes();
   std::vector<std::string> stamps(kThreads);
   std::vector<HRESULT> statuses(kThreads, E_FAIL);
-  RunTogether([&](int i) {
+  kova::test::RunTogether(kThreads, [&](int i) {
     ZANUnicodeString stamp;
     switch (i % 3) {
       case 0:
