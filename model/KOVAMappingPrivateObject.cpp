@@ -18,7 +18,7 @@ void StoreStamp(Stamp&& stamp, ZANUnicodeString& stored, std::int32_t& storedVer
   const std::string_view text = stamp.View();
   const std::int32_t version = kova::stamps::VersionOfStamp(text);
   if (version >= 0) {
-    stored = ZANUnicodeString::FromValidUTF8(std::string(kova::stamps::StampWithoutPrefix(text)));
+    stored = ZANUnicodeString::FromValidUTF8(std::string_view(kova::stamps::StampWithoutPrefix(text)));
     storedVersion = version;
   } else {
     stored = std::forward<Stamp>(stamp);

@@ -14,7 +14,7 @@ bool FitsInt32(std::int64_t i) noexcept {
   return i >= std::numeric_limits<int>::min() && i <= std::numeric_limits<int>::max();
 }
 
-ZANUnicodeString TextOf(const Value& v) { return ZANUnicodeString::FromValidUTF8(std::string(v.Text())); }
+ZANUnicodeString TextOf(const Value& v) { return ZANUnicodeString::FromValidUTF8(std::string_view(v.Text())); }
 
 }  // namespace
 
@@ -79,7 +79,7 @@ HRESULT ReadNumberText(const Value* v, ZANUnicodeString& value) {
   if (v == nullptr) return ZAN_E_NOTFOUND;
   if (v->kind == Kind::Integer) {
     char buffer[24];
-    value = ZANUnicodeString::FromValidUTF8(std::string(buffer, FormatInteger(v->integer, buffer)));
+    value = ZANUnicodeString::FromValidUTF8(std::string_view(buffer, FormatInteger(v->integer, buffer)));
     return S_OK;
   }
   if (v->kind == Kind::Number) {

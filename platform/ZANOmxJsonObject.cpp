@@ -119,7 +119,7 @@ HRESULT ZANOmxJsonObject::GetKeys(std::vector<ZANUnicodeString>& keys) const {
   if (node_) {
     names.reserve(node_->size);
     for (std::uint32_t i = 0; i < node_->size; ++i) {
-      names.push_back(ZANUnicodeString::FromValidUTF8(std::string(node_->members[i].Key())));
+      names.push_back(ZANUnicodeString::FromValidUTF8(std::string_view(node_->members[i].Key())));
     }
   }
   keys = std::move(names);

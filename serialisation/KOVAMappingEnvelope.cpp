@@ -69,7 +69,7 @@ HRESULT KOVAMappingParser::CompressMT(const ZANUnicodeString& text, ZANUnicodeSt
     const std::unique_ptr<char, FreeDeleter> encoded(base64);
     target.reset();
     // The base64 alphabet is ASCII, hence valid UTF-8.
-    out = encoded ? ZANUnicodeString::FromValidUTF8(std::string(encoded.get())) : ZANUnicodeString();
+    out = encoded ? ZANUnicodeString::FromValidUTF8(std::string_view(encoded.get())) : ZANUnicodeString();
   }
   return status;
 }
@@ -121,7 +121,7 @@ std::optional<Payload> FindPayload(std::string_view narrow) {
 // What follows the removed characters, kept whole, as a copy of bytes already known to be valid
 // UTF-8.
 ZANUnicodeString PayloadText(std::string_view narrow, const Payload& payload) {
-  return ZANUnicodeString::FromValidUTF8(std::string(narrow.substr(payload.begin)));
+  return ZANUnicodeString::FromValidUTF8(std::string_view(narrow.substr(payload.begin)));
 }
 
 }  // namespace

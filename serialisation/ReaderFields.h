@@ -70,7 +70,7 @@ template <typename ArrayRef>
 HRESULT ReadString(const Field<ArrayRef>& field, ZANUnicodeString& value) {
   if (field.kind == FieldKind::Absent) return ZAN_E_NOTFOUND;
   if (field.kind != FieldKind::String) return ZAN_E_TYPEMISMATCH;
-  value = ZANUnicodeString::FromValidUTF8(std::string(field.text));
+  value = ZANUnicodeString::FromValidUTF8(std::string_view(field.text));
   return S_OK;
 }
 

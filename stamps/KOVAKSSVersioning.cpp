@@ -32,5 +32,5 @@ ZANUnicodeString KOVAKSSVersioning::GetKSSFromKSSWithVersion(ZANUnicodeString st
   const std::string_view text = stamp.View();
   const std::string_view bare = kova::stamps::StampWithoutPrefix(text);
   if (bare.size() == text.size()) return stamp;
-  return ZANUnicodeString::FromValidUTF8(std::string(bare));
+  return ZANUnicodeString::FromValidUTF8(std::string_view(bare));
 }

@@ -169,6 +169,6 @@ HRESULT KOVASynchroStampServices::EncodeKSS(ZANUnicodeString text, ZANUnicodeStr
   // Base64 of the digest, 4 characters for each 3 bytes begun, and a final NUL.
   char base64[(kova::kStampDigestCapacity + 2) / 3 * 4 + 1];
   const int written = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(base64), digest, digestLength);
-  stamp = ZANUnicodeString::FromValidUTF8(std::string(base64, static_cast<std::size_t>(written)));  // ASCII
+  stamp = ZANUnicodeString::FromValidUTF8(std::string_view(base64, static_cast<std::size_t>(written)));  // ASCII
   return S_OK;
 }

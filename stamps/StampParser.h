@@ -46,7 +46,7 @@ std::int32_t ParseStamp(ReadString&& readString, ReadBoolean&& readBoolean, ZANU
   if (bare.size() == kss.GetLengthInByte()) {
     stamp = std::move(kss);
   } else {
-    stamp = ZANUnicodeString::FromValidUTF8(std::string(bare));
+    stamp = ZANUnicodeString::FromValidUTF8(std::string_view(bare));
   }
   if (version >= 0) return version;
   if (stamp == BareCEDigest(ceStamp)) return 0;

@@ -7,6 +7,9 @@
 //    code point positions.
 //  - Equality is exact; operator< is code point order, which is the byte order of UTF-8.
 //  - The text may hold U+0000: it is counted by GetLengthInChar, and CastToCharPtr stops at it.
+//  - Texts of up to kInlineCapacity bytes are held inside the object, with no heap block: platform
+//    ids, kOVA ids and stored stamps (44 base64 characters) fit, so a mapping object's texts cost
+//    no allocation of their own. Longer texts are held in a std::string.
 #ifndef KOVAMAPPINGSERVICES_ZANUNICODESTRING_H_
 #define KOVAMAPPINGSERVICES_ZANUNICODESTRING_H_
 
@@ -16,7 +19,9 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
+#include <new>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -31,25 +36,62 @@ class KOVA_EXPORT ZANUnicodeString {
   explicit ZANUnicodeString(const std::string& text);
   explicit ZANUnicodeString(std::string&& text);
 
-  ZANUnicodeString(const ZANUnicodeString&) = default;
-  ZANUnicodeString(ZANUnicodeString&&) noexcept = default;
-  ZANUnicodeString& operator=(const ZANUnicodeString&) = default;
-  ZANUnicodeString& operator=(ZANUnicodeString&&) noexcept = default;
-  ~ZANUnicodeString() = default;
+  ZANUnicodeString(const ZANUnicodeString& other) {
+    if (other.IsLong()) {
+      CopyLong(other);
+    } else {
+      std::memcpy(storage_, other.storage_, sizeof storage_);
+      tag_ = other.tag_;
+    }
+  }
+  // The source is left empty.
+  ZANUnicodeString(ZANUnicodeString&& other) noexcept {
+    if (other.IsLong()) {
+      MoveLong(other);
+    } else {
+      std::memcpy(storage_, other.storage_, sizeof storage_);
+      tag_ = other.tag_;
+    }
+    other.SetEmptyInline();
+  }
+  ZANUnicodeString& operator=(const ZANUnicodeString& other);
+  // The source is left empty.
+  ZANUnicodeString& operator=(ZANUnicodeString&& other) noexcept {
+    if (this != &other) {
+      if (IsLong() || other.IsLong()) {
+        MoveAssignLong(other);
+      } else {
+        std::memcpy(storage_, other.storage_, sizeof storage_);
+        tag_ = other.tag_;
+      }
+      other.SetEmptyInline();
+    }
+    return *this;
+  }
+  ~ZANUnicodeString() {
+    if (IsLong()) Long().~basic_string();
+  }
+
+  // Bytes held inside the object; longer texts take a heap block.
+  static constexpr std::size_t kInlineCapacity = 46;
 
   // Wraps text already known to be valid UTF-8, without checking it again.
   static ZANUnicodeString FromValidUTF8(std::string text);
+  static ZANUnicodeString FromValidUTF8(std::string_view text);
+  static ZANUnicodeString FromValidUTF8(const char* text) { return FromValidUTF8(std::string_view(text)); }
 
   // Number of characters (code points).
   int GetLengthInChar() const noexcept;
   // Number of bytes of the UTF-8 form, without terminator.
-  std::size_t GetLengthInByte() const noexcept { return utf8_.size(); }
-  bool IsEmpty() const noexcept { return utf8_.empty(); }
+  std::size_t GetLengthInByte() const noexcept { return IsLong() ? Long().size() : tag_; }
+  bool IsEmpty() const noexcept { return GetLengthInByte() == 0; }
 
   // The NUL-terminated UTF-8 text; valid until the string changes.
-  const char* CastToCharPtr() const noexcept { return utf8_.c_str(); }
+  const char* CastToCharPtr() const noexcept {
+    return IsLong() ? Long().c_str() : reinterpret_cast<const char*>(storage_);
+  }
   // The narrow form of the text, which is its UTF-8 form.
-  std::string ConvertToChar() const { return utf8_; }
+  std::string ConvertToChar() const { return std::string(View()); }
   // With buffer == nullptr: stores the UTF-8 byte length in length. Otherwise buffer must hold
   // length + 1 bytes: writes the UTF-8 bytes and a terminating NUL. Returns S_OK.
   HRESULT ConvertToUTF8(char* buffer, std::size_t& length) const noexcept;
@@ -71,24 +113,51 @@ class KOVA_EXPORT ZANUnicodeString {
   ZANUnicodeString& operator+=(const char* text) { return Append(ZANUnicodeString(text)); }
 
   // The UTF-8 bytes, for code that works on byte views.
-  std::string_view View() const noexcept { return utf8_; }
-  const std::string& Str() const noexcept { return utf8_; }
+  std::string_view View() const noexcept {
+    return IsLong() ? std::string_view(Long()) : std::string_view(reinterpret_cast<const char*>(storage_), tag_);
+  }
 
   friend bool operator==(const ZANUnicodeString& a, const ZANUnicodeString& b) noexcept {
-    return a.utf8_ == b.utf8_;
+    return a.View() == b.View();
   }
   friend bool operator<(const ZANUnicodeString& a, const ZANUnicodeString& b) noexcept {
-    // std::string compares char_traits<char>, i.e. as unsigned bytes: UTF-8 byte order,
+    // string_view compares char_traits<char>, i.e. as unsigned bytes: UTF-8 byte order,
     // which is code point order.
-    return a.utf8_ < b.utf8_;
+    return a.View() < b.View();
   }
   friend bool operator>(const ZANUnicodeString& a, const ZANUnicodeString& b) noexcept { return b < a; }
   friend bool operator<=(const ZANUnicodeString& a, const ZANUnicodeString& b) noexcept { return !(b < a); }
   friend bool operator>=(const ZANUnicodeString& a, const ZANUnicodeString& b) noexcept { return !(a < b); }
 
  private:
-  std::string utf8_;
+  // tag_ is the byte count of an inline text (kept NUL-terminated in storage_), or kLong when
+  // storage_ holds a std::string.
+  static constexpr unsigned char kLong = 0xFF;
+  static_assert(kInlineCapacity < kLong);
+
+  bool IsLong() const noexcept { return tag_ == kLong; }
+  std::string& Long() noexcept { return *std::launder(reinterpret_cast<std::string*>(storage_)); }
+  const std::string& Long() const noexcept { return *std::launder(reinterpret_cast<const std::string*>(storage_)); }
+  // Replaces the content by text (any length); strong guarantee.
+  void Assign(std::string_view text);
+  // Replaces the content by text, taking its buffer when it is too long to be held inline.
+  void Assign(std::string&& text) noexcept;
+  // The parts of copies and moves where a std::string is involved (this one empty and inline for
+  // the constructors); MoveLong and MoveAssignLong leave other's std::string destroyed.
+  void CopyLong(const ZANUnicodeString& other);
+  void MoveLong(ZANUnicodeString& other) noexcept;
+  void MoveAssignLong(ZANUnicodeString& other) noexcept;
+  // The empty inline text; the previous content must already be gone.
+  void SetEmptyInline() noexcept {
+    storage_[0] = 0;
+    tag_ = 0;
+  }
+
+  alignas(std::string) unsigned char storage_[kInlineCapacity + 1] = {};
+  unsigned char tag_ = 0;
 };
+
+static_assert(sizeof(std::string) <= ZANUnicodeString::kInlineCapacity + 1, "a std::string fits the inline storage");
 
 KOVA_EXPORT ZANUnicodeString operator+(const ZANUnicodeString& a, const ZANUnicodeString& b);
 KOVA_EXPORT ZANUnicodeString operator+(const ZANUnicodeString& a, const char* b);

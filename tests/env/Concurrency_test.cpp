@@ -40,8 +40,8 @@ TEST(ConcurrentFirstUse, LoggerSwitchAndDictionariesOnFirstUse) {
     statuses[2 * i + 1] =
         KOVASynchroStampServices::ComputeKOVASynchroStamp(kova::test::WorkedExampleAttributes(), mapStamp);
     if (i % 2 == 1) active[i] = KOVALogger::IsActive() ? 1 : 0;
-    fromObject[i] = objectStamp.Str();
-    fromMap[i] = mapStamp.Str();
+    fromObject[i] = objectStamp.ConvertToChar();
+    fromMap[i] = mapStamp.ConvertToChar();
   });
   const std::string log = capture.Stop();
   EXPECT_FALSE(log.empty());
@@ -111,8 +111,8 @@ TEST(ConcurrentWork, StampsOfTheSameValuesAgreeAcrossThreads) {
     for (int round = 0; round < 50; ++round) {
       ZANUnicodeString stamp;
       if (KOVASynchroStampServices::ComputeKOVASynchroStamp(kova::test::EveryKindAttributes(), stamp) != S_OK) return;
-      if (round > 0 && stamps[i] != stamp.Str()) return;
-      stamps[i] = stamp.Str();
+      if (round > 0 && stamps[i] != stamp.ConvertToChar()) return;
+      stamps[i] = stamp.ConvertToChar();
     }
   });
   for (int i = 0; i < kThreads; ++i) EXPECT_EQ(stamps[i], kova::test::kEveryKindStamp) << i;
@@ -126,11 +126,11 @@ TEST(ConcurrentWork, SharedHandlesCountedAcrossThreads) {
   kova::test::RunTogether(kThreads, [&](int) {
     for (int round = 0; round < 2000; ++round) {
       const KOVAMappingReference copy = shared;
-      if (copy.GetKOVAID().Str() != "R") ++wrong;
+      if (copy.GetKOVAID().ConvertToChar() != "R") ++wrong;
     }
   });
   EXPECT_EQ(wrong.load(), 0);
-  EXPECT_EQ(shared.GetPlexoID().Str(), "P");
+  EXPECT_EQ(shared.GetPlexoID().ConvertToChar(), "P");
 }
 
 }  // namespace

@@ -91,7 +91,7 @@ TEST(EnvelopeAllocationFailure, DecompressionOutOfMemoryIsLoggedByName) {
     kova::test::StdoutCapture quiet;
     ASSERT_EQ(KOVAMappingParser::CompressMTWithPrefix(ZANUnicodeString("{\"version\":12}"), envelope), S_OK);
   }
-  const std::string payload = PayloadOf(envelope.Str());
+  const std::string payload = PayloadOf(envelope.ConvertToChar());
   OnFreshThread([&] {
     ZANUnicodeString text = envelope;
     kova::test::StdoutCapture capture;
@@ -103,7 +103,7 @@ TEST(EnvelopeAllocationFailure, DecompressionOutOfMemoryIsLoggedByName) {
     }
     const std::string log = capture.Stop();
     EXPECT_EQ(status, ZANZ_E_OUTOFMEMORY);
-    EXPECT_EQ(text.Str(), payload);
+    EXPECT_EQ(text.ConvertToChar(), payload);
     EXPECT_EQ(log, LogLines({"DECOMPRESSION", "ZANZ_E_OUTOFMEMORY"}));
   });
 }
@@ -121,7 +121,7 @@ TEST(EnvelopeAllocationFailure, FailedCompressionStillBuildsTheEnvelope) {
     const std::string log = capture.Stop();
     // The base64 text of the empty result succeeds, and that is the status returned.
     EXPECT_EQ(status, S_OK);
-    EXPECT_EQ(out.Str(), "V12:5:");
+    EXPECT_EQ(out.ConvertToChar(), "V12:5:");
     EXPECT_EQ(log, LogLines({"COMPRESSION FAILED", "PRESSED SIZE IS: ", "COMPRESSED SIZE IS: ", "COMPRESSED STRING:",
                              "V12:5:"}));
     // Such an envelope does not open.
@@ -169,7 +169,7 @@ TEST(EnvelopeBase64Failure, FailedEncodingReturnsTheConverterStatusAndKeepsOut) 
 
   ZANUnicodeString first;
   ASSERT_EQ(KOVAMappingParser::CompressMTWithPrefix(document, first), S_OK);  // also warms this thread up
-  const std::uint64_t base64Size = PayloadOf(first.Str()).size();
+  const std::uint64_t base64Size = PayloadOf(first.ConvertToChar()).size();
   ASSERT_GT(base64Size, n + (4u << 20)) << "the base64 text must outgrow the released copy";
   first = ZANUnicodeString();
 
@@ -185,7 +185,7 @@ TEST(EnvelopeBase64Failure, FailedEncodingReturnsTheConverterStatusAndKeepsOut) 
     status = KOVAMappingParser::CompressMTWithPrefix(document, out);
   }
   EXPECT_EQ(status, ZANZ_E_OUTOFMEMORY);
-  EXPECT_EQ(out.Str(), "V12:" + std::to_string(n) + ":kept");
+  EXPECT_EQ(out.ConvertToChar(), "V12:" + std::to_string(n) + ":kept");
 #endif
 }
 

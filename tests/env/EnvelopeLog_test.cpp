@@ -33,7 +33,7 @@ Written Write(const std::string& document) {
   ZANUnicodeString out;
   kova::test::StdoutCapture capture;
   const HRESULT status = KOVAMappingParser::CompressMTWithPrefix(ZANUnicodeString(document), out);
-  return {status, out.Str(), capture.Stop()};
+  return {status, out.ConvertToChar(), capture.Stop()};
 }
 
 struct Opened {
@@ -46,7 +46,7 @@ Opened Open(const std::string& input) {
   ZANUnicodeString text(input);
   kova::test::StdoutCapture capture;
   const HRESULT status = KOVAMappingParser::TryDecompressMT(text);
-  return {status, text.Str(), capture.Stop()};
+  return {status, text.ConvertToChar(), capture.Stop()};
 }
 
 // The lines of a successful write: both size lines, then the envelope. The compressed length is

@@ -94,8 +94,8 @@ TEST(EnvelopeZlib, EnvelopeOpensWithZlibUncompress) {
     ZANUnicodeString envelope;
     ASSERT_EQ(KOVAMappingParser::CompressMTWithPrefix(ZANUnicodeString(document), envelope), S_OK);
     const std::string prefix = "V12:" + std::to_string(document.size()) + ":";
-    ASSERT_EQ(envelope.Str().substr(0, prefix.size()), prefix);
-    const std::optional<std::string> stream = Base64Decode(PayloadOf(envelope.Str()));
+    ASSERT_EQ(envelope.ConvertToChar().substr(0, prefix.size()), prefix);
+    const std::optional<std::string> stream = Base64Decode(PayloadOf(envelope.ConvertToChar()));
     ASSERT_TRUE(stream.has_value());
     std::string back;
     EXPECT_EQ(ZlibUncompress(*stream, document.size(), back), Z_OK);
@@ -108,7 +108,7 @@ TEST(EnvelopeZlib, ZlibPayloadOpensAsAnEnvelope) {
     for (const int level : {Z_DEFAULT_COMPRESSION, 0, 1, 9}) {
       ZANUnicodeString text("V12:" + std::to_string(document.size()) + ":" + Base64Encode(ZlibCompress(document, level)));
       EXPECT_EQ(KOVAMappingParser::TryDecompressMT(text), S_OK) << level;
-      EXPECT_TRUE(text.Str() == document) << document.size() << " at level " << level;
+      EXPECT_TRUE(text.ConvertToChar() == document) << document.size() << " at level " << level;
     }
   }
 }
@@ -201,7 +201,7 @@ TEST(EnvelopeZlib, ZlibBombWithTwoGigabytesDeclaredFailsWithoutTouchingThem) {
   ZANUnicodeString text("V12:2000000000:" + truncated);
   EXPECT_EQ(KOVAMappingParser::TryDecompressMT(text), ZANZ_E_BADDATA);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  EXPECT_EQ(text.Str(), truncated);
+  EXPECT_EQ(text.ConvertToChar(), truncated);
   EXPECT_LT(seconds, 10.0);
   EXPECT_LT(kova::test::ProcStatusBytes("VmHWM"), residentBefore + (1ull << 30));
 

@@ -32,7 +32,7 @@ TEST(HostExceptions, SizeBeyond32BitsRaisesOutOfRangeAndKeepsTheText) {
                                   "{\"x\":\"V12:4294967296:\"}"}) {
     ZANUnicodeString text(input);
     EXPECT_THROW(KOVAMappingParser::TryDecompressMT(text), std::out_of_range) << input;
-    EXPECT_EQ(text.Str(), input);
+    EXPECT_EQ(text.ConvertToChar(), input);
   }
 }
 
@@ -42,7 +42,7 @@ TEST(HostExceptions, SizeWithoutDigitsRaisesInvalidArgumentAndKeepsTheText) {
   for (const std::string input : {"V9:1:abcd", "{\"V1:2:\":0}"}) {
     ZANUnicodeString text(input);
     EXPECT_THROW(KOVAMappingParser::TryDecompressMT(text), std::invalid_argument) << input;
-    EXPECT_EQ(text.Str(), input);
+    EXPECT_EQ(text.ConvertToChar(), input);
   }
 }
 
@@ -65,7 +65,7 @@ TEST(HostExceptions, NullObjectRaisesTheNullHandleError) {
   ZANUnicodeString stamp = "kept";
   EXPECT_THROW(KOVASynchroStampServices::ComputeKOVASynchroStamp(ZANBaseUnknown_var(), {"Mass"}, stamp),
                ZANNullVarError);
-  EXPECT_EQ(stamp.Str(), "kept");
+  EXPECT_EQ(stamp.ConvertToChar(), "kept");
 }
 
 TEST(HostExceptions, NullParameterInTheMapRaisesTheNullHandleErrorWhenLogging) {
@@ -75,7 +75,7 @@ TEST(HostExceptions, NullParameterInTheMapRaisesTheNullHandleErrorWhenLogging) {
   kova::test::StdoutCapture capture;
   EXPECT_THROW(KOVASynchroStampServices::ComputeKOVASynchroStamp(attributes, stamp), ZANNullVarError);
   capture.Stop();
-  EXPECT_EQ(stamp.Str(), "kept");
+  EXPECT_EQ(stamp.ConvertToChar(), "kept");
 }
 
 TEST(HostExceptions, DeclaredSizeBeyondTheAddressSpaceRaisesBadAlloc) {
@@ -102,7 +102,7 @@ TEST(HostExceptions, DeclaredSizeBeyondTheAddressSpaceRaisesBadAlloc) {
     try {
       KOVAMappingParser::TryDecompressMT(text);
     } catch (const std::bad_alloc&) {
-      _exit(text.Str() == "eJwDAAAAAAE=" ? 0 : 4);  // the prefix was already removed
+      _exit(text.ConvertToChar() == "eJwDAAAAAAE=" ? 0 : 4);  // the prefix was already removed
     } catch (...) {
       _exit(2);
     }

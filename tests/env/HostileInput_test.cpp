@@ -62,14 +62,14 @@ Outcome Read(int version, std::size_t references, std::function<void(KOVAMapping
 KOVAMappingReference FirstReference(KOVAMappingTable& table) { return table.GetReferences().front(); }
 
 std::function<void(KOVAMappingTable&)> KovaIdIs(std::string expected) {
-  return [expected](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetKOVAID().Str(), expected); };
+  return [expected](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetKOVAID().ConvertToChar(), expected); };
 }
 
 // An id made of prefix and then one or more U+FFFD: what an ill-formed UTF-8 sequence becomes.
 std::function<void(KOVAMappingTable&)> ReplacedAfter(std::string prefix, bool plexoId = false) {
   return [prefix, plexoId](KOVAMappingTable& table) {
     const KOVAMappingReference reference = FirstReference(table);
-    const std::string id = (plexoId ? reference.GetPlexoID() : reference.GetKOVAID()).Str();
+    const std::string id = (plexoId ? reference.GetPlexoID() : reference.GetKOVAID()).ConvertToChar();
     ASSERT_EQ(id.rfind(prefix, 0), 0u) << id;
     const std::string rest = id.substr(prefix.size());
     ASSERT_FALSE(rest.empty());
@@ -162,7 +162,7 @@ std::vector<HostileCase> FileCases() {
        Read(12, 1, ReplacedAfter("P", true))},
       {"utf8_stamp_bad_byte", file("utf8_stamp_bad_byte.json"),
        Read(12, 1, [](KOVAMappingTable& table) {
-         EXPECT_EQ(KOVAPrivateAccess::GetPrivate(FirstReference(table))->GetKSStamp().Str(), "\xEF\xBF\xBD");
+         EXPECT_EQ(KOVAPrivateAccess::GetPrivate(FirstReference(table))->GetKSStamp().ConvertToChar(), "\xEF\xBF\xBD");
          EXPECT_EQ(KOVAPrivateAccess::GetPrivate(FirstReference(table))->GetKSSVersion(), 1);
        })},
       {"utf8_version_key_bad_byte", file("utf8_version_key_bad_byte.json"), VersionUnreadable(ZAN_E_NOTFOUND)},
@@ -280,7 +280,7 @@ std::vector<HostileCase> GeneratedCases() {
          return Doc12(R"({"kOVAId":"R","PlexoId":"P","IsLocal":false,"CustomData":)" + digits1000 +
                       R"(,"KOVASynchroStamp":"V1:s"})");
        },
-       Read(12, 1, [](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetCustomData().Str(), "null"); })},
+       Read(12, 1, [](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetCustomData().ConvertToChar(), "null"); })},
       // 50 MB strings.
       {"customdata_50MB",
        [] {
@@ -295,7 +295,7 @@ std::vector<HostileCase> GeneratedCases() {
          return Doc12(R"({"kOVAId":")" + std::string(k50MB, 'k') +
                       R"(","PlexoId":"P","IsLocal":false,"KOVASynchroStamp":"V1:s"})");
        },
-       Read(12, 1, [](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetKOVAID().Str(), std::string(k50MB, 'k')); })},
+       Read(12, 1, [](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetKOVAID().ConvertToChar(), std::string(k50MB, 'k')); })},
       {"key_50MB_ignored", [] { return Doc12(kRef, "\"" + std::string(k50MB, 'x') + "\":1,"); },
        Read(12, 1, KovaIdIs("R"))},
       {"string_50MB_unterminated", [] { return R"({"version":12,"References":[],"x":")" + std::string(k50MB, 'u'); },

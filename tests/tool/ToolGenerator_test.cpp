@@ -77,7 +77,7 @@ std::string ModelText(const GeneratorOptions& options) {
     close();
     root.PutJsonArray("References", references);
   }
-  return root.ToString().Str();
+  return root.ToString().ConvertToChar();
 }
 
 std::string StreamedText(const GeneratorOptions& options, int* pieces = nullptr) {

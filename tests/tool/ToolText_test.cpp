@@ -46,7 +46,7 @@ TEST(ToolText, EscapesLikeTheLibrarysJsonWriter) {
   every += "\xC3\xA9\xE2\x82\xAC";
   ZANOmxJsonObject object;
   object.PutString("k", ZANUnicodeString(every.data(), every.size()));
-  EXPECT_EQ(object.ToString().Str(), "{\"k\":" + JsonQuoted(every) + "}");
+  EXPECT_EQ(object.ToString().ConvertToChar(), "{\"k\":" + JsonQuoted(every) + "}");
 }
 
 TEST(ToolText, ShowsPlainValuesAsTheyAreAndOthersQuoted) {

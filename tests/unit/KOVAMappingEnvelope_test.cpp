@@ -36,13 +36,13 @@ struct Opened {
 Opened Open(const std::string& input) {
   ZANUnicodeString text(input);
   const HRESULT status = KOVAMappingParser::TryDecompressMT(text);
-  return {status, text.Str()};
+  return {status, text.ConvertToChar()};
 }
 
 std::string Envelope(const std::string& document) {
   ZANUnicodeString out;
   EXPECT_EQ(KOVAMappingParser::CompressMTWithPrefix(ZANUnicodeString(document), out), S_OK);
-  return out.Str();
+  return out.ConvertToChar();
 }
 
 const std::string kJson =
@@ -274,7 +274,7 @@ TEST(KOVAMappingEnvelope, SizeWindowWithoutLeadingDigitsThrowsInvalidArgument) {
                                    std::string("x V1:2: y")}) {
     ZANUnicodeString text(input);
     EXPECT_THROW(KOVAMappingParser::TryDecompressMT(text), std::invalid_argument) << input;
-    EXPECT_EQ(text.Str(), input);
+    EXPECT_EQ(text.ConvertToChar(), input);
   }
 }
 
@@ -307,7 +307,7 @@ TEST(KOVAMappingEnvelope, OneDigitVersionCanHideAnOutOfRangeSize) {
   // With V9: the window drops the first size digit: 12147483648 reads as 2147483648.
   ZANUnicodeString text("V9:12147483648:abcd");
   EXPECT_THROW(KOVAMappingParser::TryDecompressMT(text), std::out_of_range);
-  EXPECT_EQ(text.Str(), "V9:12147483648:abcd");
+  EXPECT_EQ(text.ConvertToChar(), "V9:12147483648:abcd");
 }
 
 TEST(KOVAMappingEnvelope, RunInsidePlainJsonIsTakenForAnEnvelope) {
@@ -436,14 +436,14 @@ std::string Compare(const std::string& input) {
   Kind kind = Kind::kOpened;
   try {
     status = KOVAMappingParser::TryDecompressMT(text);
-    if (status == E_FAIL) kind = text.Str() == input ? Kind::kNoEnvelope : Kind::kZeroSize;
+    if (status == E_FAIL) kind = text.ConvertToChar() == input ? Kind::kNoEnvelope : Kind::kZeroSize;
   } catch (const std::invalid_argument&) {
     kind = Kind::kInvalidArgument;
   } catch (const std::out_of_range&) {
     kind = Kind::kOutOfRange;
   }
   if (kind != expected.kind) return "kind differs for \"" + input + "\"";
-  if (text.Str() != expected.text) return "text differs for \"" + input + "\": \"" + text.Str() + "\"";
+  if (text.ConvertToChar() != expected.text) return "text differs for \"" + input + "\": \"" + text.ConvertToChar() + "\"";
   if (kind == Kind::kOpened && ZANSucceeded(status)) return "unexpected success for \"" + input + "\"";
   return {};
 }

@@ -236,11 +236,11 @@ TEST(ZANOmxJsonLoad, NulCharacterInStringsAndKeys) {
     const ZANUnicodeString key(std::string("a\0b", 3));
     ZANUnicodeString value;
     ASSERT_EQ(object.GetString(key, value), S_OK);
-    EXPECT_EQ(value.Str(), std::string("x\0y", 3));
+    EXPECT_EQ(value.ConvertToChar(), std::string("x\0y", 3));
     EXPECT_FALSE(object.Has("a"));
     std::vector<ZANUnicodeString> keys;
     ASSERT_EQ(object.GetKeys(keys), S_OK);
-    EXPECT_EQ(keys[0].Str(), std::string("a\0b", 3));
+    EXPECT_EQ(keys[0].ConvertToChar(), std::string("a\0b", 3));
   }
 }
 

@@ -37,9 +37,9 @@ std::string VersionedStamp(const KOVAMappingPrivateObject& object) {
 
 ObjectState StateOf(const KOVAMappingPrivateObject& object) {
   ObjectState state;
-  state.kovaId = object.GetKOVAID().Str();
-  state.plexoId = object.GetPlexoID().Str();
-  state.customData = object.GetCustomData().Str();
+  state.kovaId = object.GetKOVAID().ConvertToChar();
+  state.plexoId = object.GetPlexoID().ConvertToChar();
+  state.customData = object.GetCustomData().ConvertToChar();
   state.stamp = VersionedStamp(object);
   state.isLocal = object.GetIsLocal();
   return state;
@@ -58,7 +58,7 @@ TableState StateOf(KOVAMappingTable& table) {
     for (const KOVAMappingInstance& instance : privateReference->GetInstances()) {
       const auto privateInstance = KOVAPrivateAccess::GetPrivate(instance);
       ObjectState instanceState = StateOf(*privateInstance);
-      instanceState.refId = privateInstance->GetRefID().Str();
+      instanceState.refId = privateInstance->GetRefID().ConvertToChar();
       instanceState.parent = state.references.back().kovaId;
       state.instances.push_back(std::move(instanceState));
     }

@@ -102,7 +102,7 @@ std::int32_t RecordedVersion(KOVAMappingTable& table) { return KOVAPrivateAccess
 std::optional<std::string> RootId(KOVAMappingTable& table) {
   KOVAMappingReference root;
   if (table.GetRootReference(root) < 0) return std::nullopt;
-  return root.GetKOVAID().Str();
+  return root.GetKOVAID().ConvertToChar();
 }
 
 }  // namespace kova::tool
