@@ -182,9 +182,13 @@ HRESULT KOVAMappingPrivateTable::GetReferenceFromPlexoId(ZANUnicodeString id, KO
 
 HRESULT KOVAMappingPrivateTable::GetInstanceFromKOVAId(ZANUnicodeString id, KOVAMappingInstance& out) {
   TableIndexes& indexes = Indexes();
-  const KOVAMappingInstance* found = indexes.instances.Usable(references_, referencesHandedOut_)
-                                         ? indexes.instances.FindKova(references_, id)
-                                         : WalkInstance<true>(references_, id);
+  if (indexes.instances.Usable(references_, referencesHandedOut_)) {
+    const auto* found = indexes.instances.FindKova(id);
+    if (found == nullptr) return E_FAIL;
+    IndexAccess::ShareInto(out, *found);
+    return S_OK;
+  }
+  const KOVAMappingInstance* found = WalkInstance<true>(references_, id);
   if (found == nullptr) return E_FAIL;
   out = *found;
   return S_OK;
@@ -192,9 +196,13 @@ HRESULT KOVAMappingPrivateTable::GetInstanceFromKOVAId(ZANUnicodeString id, KOVA
 
 HRESULT KOVAMappingPrivateTable::GetInstanceFromPlexoId(ZANUnicodeString id, KOVAMappingInstance& out) {
   TableIndexes& indexes = Indexes();
-  const KOVAMappingInstance* found = indexes.instances.Usable(references_, referencesHandedOut_)
-                                         ? indexes.instances.FindPlexo(references_, id)
-                                         : WalkInstance<false>(references_, id);
+  if (indexes.instances.Usable(references_, referencesHandedOut_)) {
+    const auto* found = indexes.instances.FindPlexo(id);
+    if (found == nullptr) return E_FAIL;
+    IndexAccess::ShareInto(out, *found);
+    return S_OK;
+  }
+  const KOVAMappingInstance* found = WalkInstance<false>(references_, id);
   if (found == nullptr) return E_FAIL;
   out = *found;
   return S_OK;

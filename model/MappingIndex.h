@@ -34,6 +34,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -57,6 +58,14 @@ struct IndexAccess {
   static const KOVAMappingPrivateObject& Data(const KOVAMappingObject& handle) noexcept { return *handle.private_; }
   static const KOVAMappingPrivateObject* Pointer(const KOVAMappingObject& handle) noexcept {
     return handle.private_.get();
+  }
+  // The handle's private object, shared.
+  static const std::shared_ptr<KOVAMappingPrivateObject>& Share(const KOVAMappingObject& handle) noexcept {
+    return handle.private_;
+  }
+  // Makes out share privateObject, as assigning another instance handle to it does.
+  static void ShareInto(KOVAMappingInstance& out, const std::shared_ptr<KOVAMappingPrivateObject>& privateObject) {
+    out.private_ = privateObject;
   }
   static KOVAMappingPrivateReference& Reference(const KOVAMappingReference& handle) noexcept {
     return static_cast<KOVAMappingPrivateReference&>(*handle.private_);
@@ -271,15 +280,19 @@ class TableInstanceIndex {
     std::uint32_t instance;
   };
 
-  // Reads back the id of an entry from the table.
+  // The private object of every entry, shared with the instance handle it was read from: a look-up
+  // reads the id it checks and shares its answer from here, without walking from the table down
+  // to the handle. While the index is exact, each of these is still held by its handle in the
+  // table; the index never hands one out that the table does not hold.
+  using Shared = std::shared_ptr<KOVAMappingPrivateObject>;
+
+  // Reads back the id of an entry.
   template <bool kKova>
   struct KeyAt {
     const TableInstanceIndex* index;
-    const std::vector<KOVAMappingReference>* references;
     const ZANUnicodeString& operator()(std::uint32_t entry) const {
-      const Location& at = index->locations_[entry];
-      const KOVAMappingInstance& instance = IndexAccess::Instances((*references)[at.reference])[at.instance];
-      return kKova ? IndexAccess::KovaId(instance) : IndexAccess::PlexoId(instance);
+      const KOVAMappingPrivateObject& data = *index->objects_[entry];
+      return kKova ? IndexAccess::KovaId(data) : IndexAccess::PlexoId(data);
     }
   };
 
@@ -296,6 +309,7 @@ class TableInstanceIndex {
   void Drop() noexcept {
     built_ = false;
     locations_.clear();
+    objects_.clear();
     byKova_.Clear();
     byPlexo_.Clear();
   }
@@ -320,35 +334,31 @@ class TableInstanceIndex {
     instanceEpoch_ = InstanceVectorsEpoch();
   }
 
-  const KOVAMappingInstance* FindKova(const std::vector<KOVAMappingReference>& references,
-                                      const ZANUnicodeString& id) const {
-    return At(references, byKova_.Find(id, HashId(id), KeyAt<true>{this, &references}));
+  // The private object of the first instance whose kOVA id (Plexo id) is id, or nullptr.
+  const Shared* FindKova(const ZANUnicodeString& id) const {
+    return At(byKova_.Find(id, HashId(id), KeyAt<true>{this}));
   }
-  const KOVAMappingInstance* FindPlexo(const std::vector<KOVAMappingReference>& references,
-                                       const ZANUnicodeString& id) const {
-    return At(references, byPlexo_.Find(id, HashId(id), KeyAt<false>{this, &references}));
+  const Shared* FindPlexo(const ZANUnicodeString& id) const {
+    return At(byPlexo_.Find(id, HashId(id), KeyAt<false>{this}));
   }
 
  private:
-  const KOVAMappingInstance* At(const std::vector<KOVAMappingReference>& references, std::uint32_t entry) const {
-    if (entry == kNone) return nullptr;
-    const Location& at = locations_[entry];
-    return &IndexAccess::Instances(references[at.reference])[at.instance];
-  }
+  const Shared* At(std::uint32_t entry) const { return entry == kNone ? nullptr : &objects_[entry]; }
 
   void Add(const std::vector<KOVAMappingReference>& references, Location location) {
     const auto entry = static_cast<std::uint32_t>(locations_.size());
-    locations_.push_back(location);
     const KOVAMappingInstance& instance = IndexAccess::Instances(references[location.reference])[location.instance];
+    objects_.push_back(IndexAccess::Share(instance));
+    locations_.push_back(location);
+    const KOVAMappingPrivateObject& data = *objects_.back();
     const auto earlier = [this](std::uint32_t a, std::uint32_t b) {
       const Location& x = locations_[a];
       const Location& y = locations_[b];
       return x.reference < y.reference || (x.reference == y.reference && x.instance < y.instance);
     };
-    byKova_.Insert(IndexAccess::KovaId(instance), HashId(IndexAccess::KovaId(instance)), entry,
-                   KeyAt<true>{this, &references}, earlier);
-    byPlexo_.Insert(IndexAccess::PlexoId(instance), HashId(IndexAccess::PlexoId(instance)), entry,
-                    KeyAt<false>{this, &references}, earlier);
+    byKova_.Insert(IndexAccess::KovaId(data), HashId(IndexAccess::KovaId(data)), entry, KeyAt<true>{this}, earlier);
+    byPlexo_.Insert(IndexAccess::PlexoId(data), HashId(IndexAccess::PlexoId(data)), entry, KeyAt<false>{this},
+                    earlier);
   }
 
   bool Rebuild(const std::vector<KOVAMappingReference>& references) {
@@ -365,6 +375,7 @@ class TableInstanceIndex {
     }
     if (total > 0xFFFFFFF0u || references.size() > 0xFFFFFFF0u) return false;
     locations_.reserve(total);
+    objects_.reserve(total);
     byKova_.Reserve(total);
     byPlexo_.Reserve(total);
     for (std::uint32_t r = 0; r < references.size(); ++r) {
@@ -378,6 +389,7 @@ class TableInstanceIndex {
   }
 
   std::vector<Location> locations_;
+  std::vector<Shared> objects_;
   FirstPositionMap byKova_;
   FirstPositionMap byPlexo_;
   std::uint64_t epoch_ = 0;
