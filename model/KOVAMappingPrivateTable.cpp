@@ -78,6 +78,22 @@ const KOVAMappingInstance* WalkInstance(const std::vector<KOVAMappingReference>&
   return nullptr;
 }
 
+// The first instance of the table whose kOVA id (kKova) or Plexo id is id, shared into out.
+template <bool kKova>
+HRESULT FindInstance(const std::vector<KOVAMappingReference>& references, bool handedOut, TableIndexes& indexes,
+                     const ZANUnicodeString& id, KOVAMappingInstance& out) {
+  if (indexes.instances.Usable(references, handedOut)) {
+    const auto* found = kKova ? indexes.instances.FindKova(id) : indexes.instances.FindPlexo(id);
+    if (found == nullptr) return E_FAIL;
+    IndexAccess::ShareInto(out, *found);
+    return S_OK;
+  }
+  const KOVAMappingInstance* found = WalkInstance<kKova>(references, id);
+  if (found == nullptr) return E_FAIL;
+  out = *found;
+  return S_OK;
+}
+
 // Position of the first stored reference equal to reference (either-id rule), or kNone.
 std::uint32_t FindEqualReference(std::vector<KOVAMappingReference>& references, bool handedOut,
                                  TableIndexes& indexes, const KOVAMappingReference& reference) {
@@ -181,31 +197,11 @@ HRESULT KOVAMappingPrivateTable::GetReferenceFromPlexoId(ZANUnicodeString id, KO
 }
 
 HRESULT KOVAMappingPrivateTable::GetInstanceFromKOVAId(ZANUnicodeString id, KOVAMappingInstance& out) {
-  TableIndexes& indexes = Indexes();
-  if (indexes.instances.Usable(references_, referencesHandedOut_)) {
-    const auto* found = indexes.instances.FindKova(id);
-    if (found == nullptr) return E_FAIL;
-    IndexAccess::ShareInto(out, *found);
-    return S_OK;
-  }
-  const KOVAMappingInstance* found = WalkInstance<true>(references_, id);
-  if (found == nullptr) return E_FAIL;
-  out = *found;
-  return S_OK;
+  return FindInstance<true>(references_, referencesHandedOut_, Indexes(), id, out);
 }
 
 HRESULT KOVAMappingPrivateTable::GetInstanceFromPlexoId(ZANUnicodeString id, KOVAMappingInstance& out) {
-  TableIndexes& indexes = Indexes();
-  if (indexes.instances.Usable(references_, referencesHandedOut_)) {
-    const auto* found = indexes.instances.FindPlexo(id);
-    if (found == nullptr) return E_FAIL;
-    IndexAccess::ShareInto(out, *found);
-    return S_OK;
-  }
-  const KOVAMappingInstance* found = WalkInstance<false>(references_, id);
-  if (found == nullptr) return E_FAIL;
-  out = *found;
-  return S_OK;
+  return FindInstance<false>(references_, referencesHandedOut_, Indexes(), id, out);
 }
 
 HRESULT KOVAMappingPrivateTable::GetRootReference(KOVAMappingReference& out) {
