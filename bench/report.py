@@ -1,19 +1,27 @@
 #!/usr/bin/env python3
-"""Turns a Google Benchmark JSON file and the peak-memory lines into the results table of
-bench/README.md, with the goals' ratios computed from figures of the same run."""
+"""Turns the Google Benchmark JSON files of one run (one per host configuration), the peak-memory
+lines and the page-fault line into the results of bench/README.md, with the goals' ratios computed
+from figures of the same run.
+
+usage: report.py PEAK FAULTS README NPROC CPU DATE COMMIT LABEL JSON [LABEL JSON ...]"""
 import json
 import re
 import sys
 
-bench_json, peak_txt, readme, nproc, cpu, date, commit = sys.argv[1:8]
-data = json.load(open(bench_json))
+peak_txt, faults_txt, readme, nproc, cpu, date, commit = sys.argv[1:8]
+configurations = list(zip(sys.argv[8::2], sys.argv[9::2]))
+
+
+def load(path):
+    rows = {}
+    for b in json.load(open(path))["benchmarks"]:
+        if b.get("run_type") == "aggregate" and b.get("aggregate_name") != "median":
+            continue
+        rows[b.get("run_name", b["name"])] = b
+    return rows
+
 
 rows = {}
-for b in data["benchmarks"]:
-    if b.get("run_type") == "aggregate" and b.get("aggregate_name") != "median":
-        continue
-    name = b.get("run_name", b["name"])
-    rows[name] = b
 
 
 def get(name, key):
@@ -29,64 +37,83 @@ def fmt(v, unit=""):
     return f"{v:.3g}{unit}"
 
 
-lines = []
-lines.append(f"Machine: {nproc} cores, {cpu}. Date: {date}. Commit: {commit}.")
-lines.append("")
-lines.append("| Benchmark | Time/iter | Throughput | ns/object or ns/op |")
-lines.append("|---|---|---|---|")
-for name, b in rows.items():
-    unit = b.get("time_unit", "ns")
-    thr = ""
-    if "bytes_per_second" in b:
-        thr = f"{b['bytes_per_second'] / 1e6:,.1f} MB/s"
-    elif "items_per_second" in b:
-        thr = f"{b['items_per_second']:,.0f} items/s"
-    per = b.get("ns_per_object")
-    if per is None and "items_per_second" in b:
-        per = 1e9 / b["items_per_second"]
-    lines.append(f"| {name} | {fmt(b['real_time'])} {unit} | {thr} | {fmt(per)} |")
+lines = [f"Machine: {nproc} cores, {cpu}. Date: {date}. Commit: {commit}."]
+faults = open(faults_txt).read().split()
+if len(faults) == 4:
+    lines.append("")
+    lines.append(f"Fresh memory on this machine: {float(faults[1]):.2f} us to touch a new 4 KiB page, "
+                 f"{float(faults[3]):.2f} us per 4 KiB with transparent huge pages (kova_bench_page_faults).")
 
+
+def report(label):
+    lines.append("")
+    lines.append(f"### Host configuration: {label}")
+    lines.append("")
+    lines.append("| Benchmark | Time/iter | Throughput | ns/object or ns/op |")
+    lines.append("|---|---|---|---|")
+    for name, b in rows.items():
+        unit = b.get("time_unit", "ns")
+        thr = ""
+        if "bytes_per_second" in b:
+            thr = f"{b['bytes_per_second'] / 1e6:,.1f} MB/s"
+        elif "items_per_second" in b:
+            thr = f"{b['items_per_second']:,.0f} items/s"
+        per = b.get("ns_per_object")
+        if per is None and "items_per_second" in b:
+            per = 1e9 / b["items_per_second"]
+        lines.append(f"| {name} | {fmt(b['real_time'])} {unit} | {thr} | {fmt(per)} |")
+
+    lines.append("")
+    lines.append("Goals, as ratios within this run:")
+    lines.append("")
+    lines.append("| Goal | Measure | Value | Target |")
+    lines.append("|---|---|---|---|")
+    for shape in (0, 1):
+        for n in (10000, 100000, 1000000):
+            suffix = f"shape:{shape}/objects:{n}"
+            r = get(f"BM_Read/{suffix}", "bytes_per_second")
+            s = get(f"BM_SimdjsonParse/{suffix}", "bytes_per_second")
+            w = get(f"BM_Write/{suffix}", "bytes_per_second")
+            if r and s:
+                lines.append(f"| 1 read | read / simdjson, {suffix} | {r / s:.3f} | >= 0.5 |")
+            if r and w:
+                lines.append(f"| 1 write | write / read, {suffix} | {w / r:.2f} | >= 1 |")
+    for bench in ("BM_Read", "BM_Insert"):
+        for shape in (0, 1):
+            small = get(f"{bench}/shape:{shape}/objects:10000", "ns_per_object")
+            big = get(f"{bench}/shape:{shape}/objects:1000000", "ns_per_object")
+            if small and big:
+                lines.append(f"| 2 linear | {bench} shape {shape}: ns/object 1M / 10k | {big / small:.2f} | <= 1.3 |")
+    for bench in ("BM_LookupInstanceFromKOVAId", "BM_LookupReferenceFromPlexoId"):
+        small = get(f"{bench}/objects:10000", "items_per_second")
+        big = get(f"{bench}/objects:1000000", "items_per_second")
+        if small and big:
+            lines.append(f"| 2 linear | {bench}: ns/look-up 1M / 10k | {small / big:.2f} | <= 1.3 |")
+    c = get("BM_CompressMTWithPrefix/100000", "bytes_per_second")
+    z = get("BM_ZlibCompress/100000", "bytes_per_second")
+    if c and z:
+        lines.append(f"| 3 envelope | CompressMTWithPrefix / zlib compress (level 6) | {c / z:.2f} | >= 1.5 |")
+    co = get("BM_CompressMTWithPrefix/100000", "out_bytes")
+    zo = get("BM_ZlibCompress/100000", "out_bytes_base64")
+    if co and zo:
+        lines.append(f"| 3 envelope | envelope bytes / zlib stream in base64 bytes | {co / zo:.3f} | <= 1 |")
+    d = get("BM_TryDecompressMT/100000", "bytes_per_second")
+    u = get("BM_ZlibUncompress/100000", "bytes_per_second")
+    if d and u:
+        lines.append(f"| 3 envelope | TryDecompressMT / zlib uncompress | {d / u:.2f} | >= 1.5 |")
+    st = get("BM_StampMap20", "items_per_second")
+    if st:
+        lines.append(f"| 5 stamps | map form, 20 attributes, stamps/s | {st:,.0f} | >= 200,000 |")
+
+
+for label, path in configurations:
+    rows = load(path)
+    report(label)
 lines.append("")
-lines.append("Goals, as ratios within this run:")
+lines.append("Peak memory (default configuration):")
 lines.append("")
 lines.append("| Goal | Measure | Value | Target |")
 lines.append("|---|---|---|---|")
-for shape in (0, 1):
-    for n in (10000, 100000, 1000000):
-        suffix = f"shape:{shape}/objects:{n}"
-        r = get(f"BM_Read/{suffix}", "bytes_per_second")
-        s = get(f"BM_SimdjsonParse/{suffix}", "bytes_per_second")
-        w = get(f"BM_Write/{suffix}", "bytes_per_second")
-        if r and s:
-            lines.append(f"| 1 read | read / simdjson, {suffix} | {r / s:.3f} | >= 0.5 |")
-        if r and w:
-            lines.append(f"| 1 write | write / read, {suffix} | {w / r:.2f} | >= 1 |")
-for bench in ("BM_Read", "BM_Insert"):
-    for shape in (0, 1):
-        small = get(f"{bench}/shape:{shape}/objects:10000", "ns_per_object")
-        big = get(f"{bench}/shape:{shape}/objects:1000000", "ns_per_object")
-        if small and big:
-            lines.append(f"| 2 linear | {bench} shape {shape}: ns/object 1M / 10k | {big / small:.2f} | <= 1.3 |")
-for bench in ("BM_LookupInstanceFromKOVAId", "BM_LookupReferenceFromPlexoId"):
-    small = get(f"{bench}/objects:10000", "items_per_second")
-    big = get(f"{bench}/objects:1000000", "items_per_second")
-    if small and big:
-        lines.append(f"| 2 linear | {bench}: ns/look-up 1M / 10k | {small / big:.2f} | <= 1.3 |")
-c = get("BM_CompressMTWithPrefix/100000", "bytes_per_second")
-z = get("BM_ZlibCompress/100000", "bytes_per_second")
-if c and z:
-    lines.append(f"| 3 envelope | CompressMTWithPrefix / zlib compress (level 6) | {c / z:.2f} | >= 1.5 |")
-co = get("BM_CompressMTWithPrefix/100000", "out_bytes")
-zo = get("BM_ZlibCompress/100000", "out_bytes_base64")
-if co and zo:
-    lines.append(f"| 3 envelope | envelope bytes / zlib stream in base64 bytes | {co / zo:.3f} | <= 1 |")
-d = get("BM_TryDecompressMT/100000", "bytes_per_second")
-u = get("BM_ZlibUncompress/100000", "bytes_per_second")
-if d and u:
-    lines.append(f"| 3 envelope | TryDecompressMT / zlib uncompress | {d / u:.2f} | >= 1.5 |")
-st = get("BM_StampMap20", "items_per_second")
-if st:
-    lines.append(f"| 5 stamps | map form, 20 attributes, stamps/s | {st:,.0f} | >= 200,000 |")
 for line in open(peak_txt):
     parts = line.split()
     if len(parts) == 5:

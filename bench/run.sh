@@ -1,11 +1,19 @@
 #!/bin/sh
-# Builds the "bench" preset, runs the benchmark suite and the peak-memory probe, and writes the
-# figures into bench/README.md (between the RESULTS markers), with the machine, date and commit.
+# Builds the "bench" preset, runs the benchmark suite, the peak-memory probe and the page-fault
+# probe, and writes the figures into bench/README.md (between the RESULTS markers), with the
+# machine, date and commit.
 #
 #   bench/run.sh [--quick] [extra Google Benchmark arguments, e.g. --benchmark_filter=BM_Read]
 #
 # --quick runs each benchmark once (no repetitions). Otherwise every benchmark runs three times and
 # the table shows the median. The machine is shared: compare ratios within one run.
+#
+# The suite runs twice, with the same binary:
+#   default    the C library's allocator as it comes;
+#   warm-heap  the allocator told (through GLIBC_TUNABLES, a setting of the host process, not of
+#              the library) to keep freed memory instead of giving it back to the kernel, and to
+#              ask for transparent huge pages. This is how a host that reads large documents
+#              would run on a machine where fresh memory is dear (see the page-fault line).
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(dirname "$here")
@@ -17,19 +25,29 @@ cmake --preset bench >/dev/null
 cmake --build --preset bench -j2 >/dev/null
 
 out=$(mktemp -d)
-# Stamp computation is refused unless this switch is in the environment when the library loads.
-DONOTUSE_ENABLEKSSGEN=1 "$root/build/bench/bench/kova_bench" \
-  --benchmark_repetitions="$repetitions" --benchmark_report_aggregates_only=true \
-  --benchmark_out="$out/bench.json" --benchmark_out_format=json "$@"
+bin="$root/build/bench/bench"
+warm_heap="glibc.malloc.trim_threshold=4294967296:glibc.malloc.mmap_threshold=4294967296:glibc.malloc.hugetlb=1"
+
+run_suite() {
+  # Stamp computation is refused unless this switch is in the environment when the library loads.
+  env DONOTUSE_ENABLEKSSGEN=1 "$@" "$bin/kova_bench" \
+    --benchmark_repetitions="$repetitions" --benchmark_report_aggregates_only=true \
+    --benchmark_out="$json" --benchmark_out_format=json $extra
+}
+extra="$*"
+json="$out/default.json"; run_suite
+json="$out/warm-heap.json"; run_suite GLIBC_TUNABLES="$warm_heap"
 
 : >"$out/peak.txt"
 for shape in 0 1; do
   for objects in 10000 100000 1000000; do
-    "$root/build/bench/bench/kova_bench_peak_memory" "$shape" "$objects" >>"$out/peak.txt" || true
+    "$bin/kova_bench_peak_memory" "$shape" "$objects" >>"$out/peak.txt" || true
   done
 done
+"$bin/kova_bench_page_faults" >"$out/faults.txt" || : >"$out/faults.txt"
 
-python3 "$here/report.py" "$out/bench.json" "$out/peak.txt" "$here/README.md" \
+python3 "$here/report.py" "$out/peak.txt" "$out/faults.txt" "$here/README.md" \
   "$(nproc)" "$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')" \
-  "$(date -u +%Y-%m-%dT%H:%MZ)" "$(git rev-parse --short HEAD)$(git diff --quiet HEAD -- . || echo '+changes')"
+  "$(date -u +%Y-%m-%dT%H:%MZ)" "$(git rev-parse --short HEAD)$(git diff --quiet HEAD -- . || echo '+changes')" \
+  default "$out/default.json" warm-heap "$out/warm-heap.json"
 echo "results written to $here/README.md (raw: $out)"
