@@ -13,14 +13,21 @@ static_assert(simdjson::SIMDJSON_VERSION_MAJOR == 3, "tape layout of simdjson 3"
 TapeDocument::TapeDocument() = default;
 TapeDocument::~TapeDocument() = default;
 
-bool TapeDocument::Parse(std::string_view text) noexcept {
+const std::size_t TapeDocument::kPadding = simdjson::SIMDJSON_PADDING;
+
+bool TapeDocument::Parse(std::string_view text) noexcept { return ParseWith(text, false); }
+
+bool TapeDocument::ParseInPlace(std::string_view text) noexcept { return ParseWith(text, true); }
+
+bool TapeDocument::ParseWith(std::string_view text, bool inPlace) noexcept {
   text = WithoutByteOrderMark(text);
   if (TrimBlanks(text).empty()) return false;
   try {
     lease_ = std::make_unique<WorkspaceLease>(text.size());
     Workspace& work = **lease_;
     simdjson::error_code error = simdjson::SUCCESS;
-    const bool parsed = ZANSucceeded(work.ParseDom(text, false, error)) && error == simdjson::SUCCESS;
+    const HRESULT status = inPlace ? work.ParsePaddedDom(text, error) : work.ParseDom(text, false, error);
+    const bool parsed = ZANSucceeded(status) && error == simdjson::SUCCESS;
     work.ReleaseLargeCopy();
     if (!parsed) {
       lease_.reset();

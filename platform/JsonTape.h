@@ -33,6 +33,10 @@ class TapeDocument {
   // destruction, and hold the thread's parser until then (a load on the same thread meanwhile
   // uses a parser of its own).
   bool Parse(std::string_view text) noexcept;
+  // As Parse, without copying the text: text must be followed by kPadding readable bytes, and stay
+  // where it is, unchanged, until the tape is no longer read.
+  bool ParseInPlace(std::string_view text) noexcept;
+  static const std::size_t kPadding;
 
   // Index of the document's top value.
   static constexpr std::size_t kTop = 1;
@@ -67,6 +71,8 @@ class TapeDocument {
 
  private:
   static constexpr std::uint64_t kPayloadMask = 0x00FFFFFFFFFFFFFFull;
+
+  bool ParseWith(std::string_view text, bool inPlace) noexcept;
 
   std::unique_ptr<WorkspaceLease> lease_;
   const std::uint64_t* words_ = nullptr;

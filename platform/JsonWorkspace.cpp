@@ -16,15 +16,23 @@ std::unique_ptr<Workspace>& Kept() {
 
 HRESULT Workspace::ParseDom(std::string_view text, bool findNegativeZero, simdjson::error_code& error) {
   if (text.size() > simdjson::SIMDJSON_MAXSIZE_BYTES) return E_FAIL;
-  const std::string_view padded = Pad(text, findNegativeZero);
+  return ParsePaddedDom(Pad(text, findNegativeZero), error);
+}
+
+HRESULT Workspace::ParsePaddedDom(std::string_view padded, simdjson::error_code& error) {
+  if (padded.size() > simdjson::SIMDJSON_MAXSIZE_BYTES) return E_FAIL;
   // The parser refuses nesting that reaches its depth limit.
   constexpr std::size_t kParserDepth = kMaxDepth + 1;
   if (dom.capacity() < padded.size() || dom.max_depth() != kParserDepth) {
     if (dom.allocate(padded.size(), kParserDepth) != simdjson::SUCCESS) return E_FAIL;
-    // The parser's buffers, at sizes they are known to have at least.
-    AdviseHugePages(dom.doc.tape.get(), padded.size() * sizeof(std::uint64_t));
-    AdviseHugePages(dom.doc.string_buf.get(), padded.size() * 5 / 3);
-    AdviseHugePages(dom.implementation->structural_indexes.get(), padded.size() * sizeof(std::uint32_t));
+    // The parser's buffers, at sizes they are known to have at least. They are sized for the worst
+    // case and only partly used: for a small text, whole huge pages would hold more memory than
+    // the faults they save are worth.
+    if (padded.size() >= kHugePagesFrom) {
+      AdviseHugePages(dom.doc.tape.get(), padded.size() * sizeof(std::uint64_t));
+      AdviseHugePages(dom.doc.string_buf.get(), padded.size() * 5 / 3);
+      AdviseHugePages(dom.implementation->structural_indexes.get(), padded.size() * sizeof(std::uint32_t));
+    }
   }
   simdjson::dom::element top;
   error = dom.parse(padded.data(), padded.size(), false).get(top);

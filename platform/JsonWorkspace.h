@@ -24,6 +24,8 @@ namespace kova::json {
 inline constexpr std::size_t kMaxKeptTextSize = std::size_t{64} << 20;
 inline constexpr std::size_t kShrinkFactor = 4;
 inline constexpr std::size_t kAlwaysKeptSize = std::size_t{1} << 20;
+// Texts from this size on have the parser's buffers advised for huge pages.
+inline constexpr std::size_t kHugePagesFrom = std::size_t{8} << 20;
 
 // text without one leading UTF-8 byte order mark, which loading skips.
 inline std::string_view WithoutByteOrderMark(std::string_view text) noexcept {
@@ -111,6 +113,9 @@ struct Workspace {
   // parser's error code in error (SUCCESS when the tape in dom.doc holds the document).
   // findNegativeZero sets mayHoldNegativeZero (else it is false).
   HRESULT ParseDom(std::string_view text, bool findNegativeZero, simdjson::error_code& error);
+  // As ParseDom without the copy, for a text followed by SIMDJSON_PADDING readable bytes; the
+  // text must stay where it is while the tape is read.
+  HRESULT ParsePaddedDom(std::string_view padded, simdjson::error_code& error);
 
   // True when the workspace was sized for texts much larger than size.
   bool OversizedFor(std::size_t size) const noexcept {

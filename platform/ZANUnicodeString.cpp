@@ -92,6 +92,13 @@ void ZANUnicodeString::Assign(std::string&& text) noexcept {
   tag_ = kLong;
 }
 
+std::string ZANUnicodeString::TakeUTF8() && {
+  std::string text = IsLong() ? std::move(Long()) : std::string(View());
+  if (IsLong()) Long().~basic_string();
+  SetEmptyInline();
+  return text;
+}
+
 ZANUnicodeString ZANUnicodeString::FromValidUTF8(std::string text) {
   ZANUnicodeString s;
   s.Assign(std::move(text));

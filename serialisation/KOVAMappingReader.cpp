@@ -16,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -83,15 +84,22 @@ HRESULT KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString text, const 
   // An envelope is replaced by the text it holds; any other text is parsed as it is.
   TryDecompressMT(text);
   if (!KOVALogger::IsActive()) {
+    // The parser reads past the end of the text in blocks: the text is given room for that where
+    // it lies, so that no second copy of the document is alive while the tape is built.
+    std::string bytes = std::move(text).TakeUTF8();
+    const std::size_t size = bytes.size();
+    bytes.append(kova::json::TapeDocument::kPadding, '\0');
     kova::json::TapeDocument tape;
-    if (tape.Parse(text.View())) {
+    if (tape.ParseInPlace(std::string_view(bytes).substr(0, size))) {
       const TapeSource source{tape};
       if (const std::optional<TapePlan> plan = PlanFromTape(source)) {
-        // The tape holds copies of every text: the document's own copy is no longer needed.
-        text = ZANUnicodeString();
+        // The tape holds copies of every text: the document itself is no longer needed.
+        std::string().swap(bytes);
         return ReadFromTape(source, *plan, owner, table);
       }
     }
+    bytes.resize(size);
+    text = ZANUnicodeString::FromValidUTF8(std::move(bytes));
   }
   ZANOmxJsonObject root;
   const HRESULT loaded = root.LoadFromString(text);

@@ -92,6 +92,8 @@ class KOVA_EXPORT ZANUnicodeString {
   }
   // The narrow form of the text, which is its UTF-8 form.
   std::string ConvertToChar() const { return std::string(View()); }
+  // The UTF-8 text, moved out without a copy when it is held on the heap; the string is left empty.
+  std::string TakeUTF8() &&;
   // With buffer == nullptr: stores the UTF-8 byte length in length. Otherwise buffer must hold
   // length + 1 bytes: writes the UTF-8 bytes and a terminating NUL. Returns S_OK.
   HRESULT ConvertToUTF8(char* buffer, std::size_t& length) const noexcept;

@@ -132,6 +132,27 @@ TEST(ZANUnicodeStringStorage, EqualityAndOrderDoNotDependOnTheForm) {
   EXPECT_EQ(std::hash<ZANUnicodeString>{}(longString), std::hash<std::string>{}(longText));
 }
 
+TEST(ZANUnicodeStringStorage, TakingTheTextOutLeavesTheStringEmpty) {
+  for (std::size_t length : {std::size_t{0}, kInline, kInline + 1, std::size_t{5000}}) {
+    SCOPED_TRACE(length);
+    ZANUnicodeString s(Text(length));
+    const std::string taken = std::move(s).TakeUTF8();
+    EXPECT_EQ(taken, Text(length));
+    ExpectHolds(s, "");  // NOLINT(bugprone-use-after-move): the state after TakeUTF8 is specified
+    s += "again";
+    ExpectHolds(s, "again");
+  }
+}
+
+TEST(ZANUnicodeStringStorage, ALongTextIsTakenOutWithoutACopy) {
+  std::string text = Text(1000);
+  const char* bytes = text.data();
+  ZANUnicodeString s = ZANUnicodeString::FromValidUTF8(std::move(text));
+  EXPECT_EQ(s.CastToCharPtr(), bytes);
+  const std::string taken = std::move(s).TakeUTF8();
+  EXPECT_EQ(taken.data(), bytes);
+}
+
 TEST(ZANUnicodeStringStorage, RandomOperationsMatchAStdStringModel) {
   std::mt19937 random(2026);
   std::vector<ZANUnicodeString> strings(6);
