@@ -39,9 +39,11 @@ json="$out/default.json"; run_suite
 json="$out/warm-heap.json"; run_suite GLIBC_TUNABLES="$warm_heap"
 
 : >"$out/peak.txt"
-for shape in 0 1; do
-  for objects in 10000 100000 1000000; do
-    "$bin/kova_bench_peak_memory" "$shape" "$objects" >>"$out/peak.txt" || true
+for mode in keep hand-over; do
+  for shape in 0 1; do
+    for objects in 10000 100000 1000000; do
+      "$bin/kova_bench_peak_memory" "$shape" "$objects" "$mode" >>"$out/peak.txt" || true
+    done
   done
 done
 "$bin/kova_bench_page_faults" >"$out/faults.txt" || : >"$out/faults.txt"

@@ -148,6 +148,18 @@ class StreamedDocument {
   kova::json::CompactWriter writer_;
 };
 
+// Room to reserve for the text of table: a mapping object with ids, stamp and custom data of
+// usual lengths takes about 200 bytes, so 256 an object spares the copies and fresh memory of
+// growing the text step by step. Reserved room that is never written costs no memory.
+std::size_t ExpectedDocumentSize(const KOVAMappingPrivateTable& table) {
+  constexpr std::size_t kBytesPerObject = 256;
+  std::size_t objects = 0;
+  for (const KOVAMappingReference& reference : kova::model::IndexAccess::References(table)) {
+    objects += 1 + kova::model::IndexAccess::Instances(reference).size();
+  }
+  return 64 + objects * kBytesPerObject;
+}
+
 // The tree of the document, printed to the log before its text is taken.
 ZANUnicodeString TreeText(KOVAMappingTable& table) {
   ZANOmxJsonObject root;
@@ -169,7 +181,9 @@ ZANUnicodeString KOVAMappingParser::TranslateToString(KOVAMappingTable& table) {
   const ZANUnicodeString text =
       KOVALogger::IsActive()
           ? TreeText(table)
-          : ZANUnicodeString::FromValidUTF8(StreamedDocument(0).Write(*KOVAPrivateAccess::GetPrivate(table)));
+          : ZANUnicodeString::FromValidUTF8(
+                StreamedDocument(ExpectedDocumentSize(*KOVAPrivateAccess::GetPrivate(table)))
+                    .Write(*KOVAPrivateAccess::GetPrivate(table)));
   if (kova::CompressionSwitchOn()) {
     ZANUnicodeString envelope;
     // A failed compression falls back to the plain document.
