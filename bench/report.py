@@ -17,9 +17,7 @@ def load(path):
     for b in json.load(open(path))["benchmarks"]:
         if b.get("run_type") == "aggregate" and b.get("aggregate_name") != "median":
             continue
-        # Names carry the warm-up setting ("/min_warmup_time:0.300"); the tables use the plain name.
-        name = re.sub(r"/min_warmup_time:[0-9.]+", "", b.get("run_name", b["name"]))
-        rows[name] = b
+        rows[b.get("run_name", b["name"])] = b
     return rows
 
 
