@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -125,6 +126,27 @@ TEST(StreamedWriter, LeftOutAndEscapedFieldsAreAsInTheTree) {
   EXPECT_NE(tree.find("\\\"1\\\\"), std::string::npos);
   EXPECT_NE(tree.find("\xF0\x9F\x99\x82"), std::string::npos);
   EXPECT_NE(tree.find("\"CustomData\":\"\""), std::string::npos);
+}
+
+TEST(StreamedWriter, StampsOfAnyLengthAndVersionAreAsInTheTree) {
+  KOVAMappingTable table;
+  KOVAMappingReference root("R", "P", "", "null", false);
+  ASSERT_EQ(table.AddReference(root), S_OK);
+  int n = 0;
+  // Stamps on both sides of the length the writer composes on the stack, with versions of every
+  // width and sign.
+  for (std::size_t length : {1, 44, 114, 115, 116, 500}) {
+    for (std::int32_t version : {INT32_MIN, -1, 0, 3, 10, INT32_MAX}) {
+      KOVAMappingInstance instance(ZANUnicodeString("I" + std::to_string(n)), ZANUnicodeString("P" + std::to_string(n)),
+                                   ZANUnicodeString(std::string(length, 's')), "R", "null", false);
+      KOVAPrivateAccess::GetPrivate(instance)->SetKSSVersion(version);
+      ASSERT_EQ(root.AddInstance(instance), S_OK);
+      ++n;
+    }
+  }
+  const std::string tree = TreeText(table);
+  EXPECT_EQ(Written(table), tree);
+  EXPECT_NE(tree.find("\"V-2147483648:" + std::string(500, 's') + "\""), std::string::npos);
 }
 
 TEST(StreamedWriter, EmptyTable) {
