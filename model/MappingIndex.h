@@ -31,6 +31,7 @@
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 #include <KOVAMappingServices/KOVAMappingReference.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -39,6 +40,9 @@
 #include <vector>
 
 namespace kova::model {
+
+struct InstanceVectorIndex;
+class TableIndexes;
 
 // --- Epochs ---------------------------------------------------------------------------------------
 
@@ -88,6 +92,17 @@ struct IndexAccess {
     return table.references_;
   }
   static bool ReferencesHandedOut(const KOVAMappingPrivateTable& table) noexcept { return table.referencesHandedOut_; }
+  // For reserving room (model/Reserve.h): capacity only, never contents.
+  static std::vector<KOVAMappingInstance>& InstancesToReserve(KOVAMappingPrivateReference& reference) noexcept {
+    return reference.instances_;
+  }
+  static std::unique_ptr<InstanceVectorIndex>& IndexToReserve(KOVAMappingPrivateReference& reference) noexcept {
+    return reference.index_;
+  }
+  static std::vector<KOVAMappingReference>& ReferencesToReserve(KOVAMappingPrivateTable& table) noexcept {
+    return table.references_;
+  }
+  static TableIndexes& IndexesToReserve(KOVAMappingPrivateTable& table) { return table.Indexes(); }
   static bool InstancesHandedOut(const KOVAMappingReference& reference) noexcept {
     return Reference(reference).instancesHandedOut_;
   }
@@ -98,8 +113,9 @@ inline std::size_t HashId(const ZANUnicodeString& id) noexcept { return std::has
 // --- First-position map ---------------------------------------------------------------------------
 
 // Open-addressing map from an id to an entry number (the first entry holding that id). Keys are not
-// stored: they are read back from the container through keyAt(entry), so the map costs 12 bytes a
-// slot and never holds a copy of an id.
+// stored: they are read back from the container through keyAt(entry), so the map costs 8 bytes a
+// slot and never holds a copy of an id. Slots are at most kMaxLoad full: a map reserved for a
+// known count takes no more than it needs for that, whatever the count.
 class FirstPositionMap {
  public:
   static constexpr std::uint32_t kNone = 0xFFFFFFFFu;
@@ -114,11 +130,10 @@ class FirstPositionMap {
   template <class KeyAt>
   std::uint32_t Find(const ZANUnicodeString& key, std::size_t hash, KeyAt&& keyAt) const {
     if (slots_.empty()) return kNone;
-    const std::size_t mask = slots_.size() - 1;
-    const auto tag = static_cast<std::uint32_t>(hash >> 32) | 1u;
-    for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
+    const std::uint32_t tag = TagOf(hash);
+    for (std::size_t i = Home(tag, slots_.size());; i = Next(i)) {
       const Slot& slot = slots_[i];
-      if (slot.tag == 0) return kNone;
+      if (slot.entry == kNone) return kNone;
       if (slot.tag == tag && keyAt(slot.entry) == key) return slot.entry;
     }
   }
@@ -128,15 +143,13 @@ class FirstPositionMap {
   template <class KeyAt, class IsEarlier>
   void Insert(const ZANUnicodeString& key, std::size_t hash, std::uint32_t entry, KeyAt&& keyAt,
               IsEarlier&& isEarlier) {
-    if ((count_ + 1) * 2 > slots_.size()) Grow();
-    const std::size_t mask = slots_.size() - 1;
-    const auto tag = static_cast<std::uint32_t>(hash >> 32) | 1u;
-    for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
+    if (!Fits(count_ + 1, slots_.size())) Rehash(std::max(SizeFor(count_ + 1), slots_.size() * 2));
+    const std::uint32_t tag = TagOf(hash);
+    for (std::size_t i = Home(tag, slots_.size());; i = Next(i)) {
       Slot& slot = slots_[i];
-      if (slot.tag == 0) {
+      if (slot.entry == kNone) {
         slot.tag = tag;
         slot.entry = entry;
-        slot.low = static_cast<std::uint32_t>(hash);
         ++count_;
         return;
       }
@@ -147,32 +160,45 @@ class FirstPositionMap {
     }
   }
 
+  // Room for count keys without growing.
   void Reserve(std::size_t count) {
-    std::size_t size = 16;
-    while (size < count * 2) size *= 2;
-    if (size > slots_.size()) Rehash(size);
+    if (!Fits(count, slots_.size())) Rehash(SizeFor(count));
   }
 
  private:
-  // tag: high half of the hash with its low bit set (0 marks an empty slot); low: the low half,
-  // kept so that growing never reads the keys again.
+  // tag: the high half of the hash. It is both what a probe compares before reading a key back
+  // and, scaled to the number of slots, the slot where the probe starts, so growing never reads
+  // the keys again.
   struct Slot {
     std::uint32_t tag = 0;
-    std::uint32_t low = 0;
-    std::uint32_t entry = 0;
+    std::uint32_t entry = kNone;
   };
 
-  void Grow() { Rehash(slots_.empty() ? 16 : slots_.size() * 2); }
+  // At most 7 slots in 10 are used.
+  static bool Fits(std::size_t count, std::size_t slots) noexcept { return count * 10 <= slots * 7; }
+  static std::size_t SizeFor(std::size_t count) noexcept { return std::max<std::size_t>(16, count * 10 / 7 + 1); }
+
+  static std::uint32_t TagOf(std::size_t hash) noexcept {
+    if constexpr (sizeof(std::size_t) >= 8) {
+      return static_cast<std::uint32_t>(static_cast<std::uint64_t>(hash) >> 32);
+    } else {
+      return static_cast<std::uint32_t>(hash);
+    }
+  }
+  // The tag scaled to [0, slots): slots need not be a power of two. (A map of more than 2^32
+  // slots would start its probes in part of them only: slower, still exact.)
+  static std::size_t Home(std::uint32_t tag, std::size_t slots) noexcept {
+    return static_cast<std::size_t>((static_cast<std::uint64_t>(tag) * slots) >> 32);
+  }
+  std::size_t Next(std::size_t i) const noexcept { return i + 1 == slots_.size() ? 0 : i + 1; }
 
   void Rehash(std::size_t size) {
     std::vector<Slot> old(size);
     old.swap(slots_);
-    const std::size_t mask = size - 1;
     for (const Slot& slot : old) {
-      if (slot.tag == 0) continue;
-      const std::size_t hash = (static_cast<std::size_t>(slot.tag & ~1u) << 32) | slot.low;
-      std::size_t i = hash & mask;
-      while (slots_[i].tag != 0) i = (i + 1) & mask;
+      if (slot.entry == kNone) continue;
+      std::size_t i = Home(slot.tag, size);
+      while (slots_[i].entry != kNone) i = Next(i);
       slots_[i] = slot;
     }
   }
@@ -203,6 +229,12 @@ class VectorIndex {
     if (++staleUses_ < kRebuildAfter) return false;
     Rebuild(elements);
     return true;
+  }
+
+  // The vector is expected to reach count elements: the index, when it is built, makes room for
+  // them at once instead of growing step by step.
+  void Expect(std::size_t count) noexcept {
+    if (count > expected_) expected_ = count;
   }
 
   // The index no longer describes the vector (positions moved, elements replaced).
@@ -250,8 +282,9 @@ class VectorIndex {
   void Rebuild(const std::vector<Handle>& elements) {
     Drop();
     firstNotLocal_ = kNone;
-    byKova_.Reserve(elements.size());
-    byPlexo_.Reserve(elements.size());
+    const std::size_t room = std::max(elements.size(), expected_);
+    byKova_.Reserve(room);
+    byPlexo_.Reserve(room);
     for (std::uint32_t p = 0; p < elements.size(); ++p) Appended(elements, p);
     built_ = true;
     epoch_ = IdentityEpoch();
@@ -260,6 +293,7 @@ class VectorIndex {
 
   FirstPositionMap byKova_;
   FirstPositionMap byPlexo_;
+  std::size_t expected_ = 0;
   std::uint32_t firstNotLocal_ = kNone;
   std::uint64_t epoch_ = 0;
   std::uint32_t staleUses_ = 0;

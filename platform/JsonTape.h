@@ -66,6 +66,10 @@ class TapeDocument {
     return {reinterpret_cast<const char*>(at + sizeof length), length};
   }
 
+  // The number of elements of the array or members of the object opening at i, saturated at
+  // 0xFFFFFF (a larger one reads as 0xFFFFFF).
+  std::uint32_t Count(std::size_t i) const noexcept { return static_cast<std::uint32_t>(words_[i] >> 32) & 0xFFFFFFu; }
+
   // The value of the signed integer word at i (Type 'l').
   std::int64_t Integer(std::size_t i) const noexcept { return static_cast<std::int64_t>(words_[i + 1]); }
 

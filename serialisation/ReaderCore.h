@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "model/Reserve.h"
 #include "serialisation/ReaderFields.h"
 #include "stamps/StampParser.h"
 
@@ -148,6 +149,7 @@ HRESULT ForEachObject(const Source& source, const Field<typename Source::ArrayRe
 template <typename Source>
 HRESULT ParseInstances(const Source& source, const Field<typename Source::ArrayRef>& instances,
                        KOVAMappingReference& reference, StampKey stampKey) {
+  if (instances.kind == FieldKind::Array) kova::model::ReserveInstances(reference, source.CountOf(instances.array));
   return ForEachObject(source, instances, ZAN_E_NOTFOUND, [&](const Fields<typename Source::ArrayRef>& fields) {
     ObjectValues values;
     ZANUnicodeString stamp;
@@ -166,6 +168,7 @@ template <typename Source>
 HRESULT ParseReferences(const Source& source, const Field<typename Source::ArrayRef>& references,
                         KOVAMappingTable& table, StampKey stampKey, StampKey instanceStampKey,
                         bool logInstanceFailure) {
+  if (references.kind == FieldKind::Array) kova::model::ReserveReferences(table, source.CountOf(references.array));
   return ForEachObject(source, references, E_FAIL, [&](const Fields<typename Source::ArrayRef>& fields) {
     ObjectValues values;
     ZANUnicodeString stamp;

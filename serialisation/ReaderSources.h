@@ -40,6 +40,9 @@ struct TreeSource {
     return field;
   }
 
+  // How many elements the array holds (a hint for reserving room).
+  static std::size_t CountOf(ArrayRef array) noexcept { return array->size; }
+
   static void FieldsOf(const json::Node& object, Fields<ArrayRef>& fields) {
     for (std::size_t k = 0; k < kFieldCount; ++k) {
       fields[k] = FieldOf(object.Find(kFieldKeys[k]));
@@ -96,6 +99,9 @@ struct TapeSource {
     }
     return field;
   }
+
+  // How many elements the array holds, at most 0xFFFFFF (a hint for reserving room).
+  std::size_t CountOf(ArrayRef array) const noexcept { return tape.Count(array); }
 
   // One pass over the members of the object opening at index open; a repeated key leaves the
   // value of its last appearance, as the value tree keeps it.

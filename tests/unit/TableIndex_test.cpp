@@ -3,7 +3,8 @@
 // Random sequences of operations go through every way the content of a table can change: the
 // table's and the references' own members, id and is-local setters on shared handles, assignments
 // of private objects, handles and tables, in-place edits of the vectors handed out by
-// GetReferences() and GetInstances(), references shared by two tables, copies of private tables.
+// GetReferences() and GetInstances(), references shared by two tables, copies of private tables,
+// and room reserved ahead in the containers.
 // Before each operation the expected answer is worked out here by walking the current containers
 // with the documented algorithms; the library's answer (status, out handle, resulting content) must
 // be the same. The containers are read through the model's read-only access, which does not hand
@@ -23,6 +24,7 @@
 #include <vector>
 
 #include "model/MappingIndex.h"
+#include "model/Reserve.h"
 
 namespace {
 
@@ -126,7 +128,7 @@ class Sequence {
     largestTable = std::max(largestTable, before.size());
     for (const auto& entry : before) longestInstances = std::max(longestInstances, entry.second.size());
     const auto& refs = Refs(table);
-    switch (Pick(30)) {
+    switch (Pick(31)) {
       case 0: case 1: case 2: case 3: case 4: case 5: {  // AddReference
         KOVAMappingReference reference = Chance(80) ? NewReference() : AnyReference();
         const bool refused = FirstSame(refs, reference) >= 0 || (FirstNotLocal(refs) >= 0 && !reference.GetIsLocal());
@@ -269,6 +271,16 @@ class Sequence {
           *KOVAPrivateAccess::GetPrivate(table) = *KOVAPrivateAccess::GetPrivate(other);
           ASSERT_EQ(Take(table), Take(other));
         }
+        break;
+      }
+      case 29: {  // room reserved ahead, as the reader does: fewer, as many or more than then come
+        const std::size_t count = Pick(3) == 0 ? Pick(4) : Pick(3) == 0 ? 5000 : Pick(80);
+        if (!refs.empty() && Chance(50)) {
+          kova::model::ReserveInstances(refs[Pick(static_cast<std::uint32_t>(refs.size()))], count);
+        } else {
+          kova::model::ReserveReferences(table, count);
+        }
+        ASSERT_EQ(Take(table), before) << "step " << step_;
         break;
       }
       default: {  // a reference of this table added to another table, then changed through it
