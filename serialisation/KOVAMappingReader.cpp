@@ -67,6 +67,18 @@ std::optional<TapePlan> PlanFromTape(const TapeSource& source) {
   return plan;
 }
 
+// Appends padding zero bytes to text. When its buffer lacks the room, the text moves to one of
+// exactly the size needed (growing in place could take up to twice that) and the old one goes.
+void WithPadding(std::string& text, std::size_t padding) {
+  if (text.capacity() - text.size() < padding) {
+    std::string room;
+    room.reserve(text.size() + padding);
+    room.append(text);
+    text = std::move(room);
+  }
+  text.append(padding, '\0');
+}
+
 // As TranslateToMappingTable from the version on, for a document planned from the tape.
 HRESULT ReadFromTape(const TapeSource& source, const TapePlan& plan, const ZANBaseUnknown& owner,
                      KOVAMappingTable& table) {
@@ -84,11 +96,12 @@ HRESULT KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString text, const 
   // An envelope is replaced by the text it holds; any other text is parsed as it is.
   TryDecompressMT(text);
   if (!KOVALogger::IsActive()) {
-    // The parser reads past the end of the text in blocks: the text is given room for that where
-    // it lies, so that no second copy of the document is alive while the tape is built.
+    // The parser reads past the end of the text in blocks: the text is given room for that (moved
+    // once into a buffer of just the size needed, when its own has no room), so that no second
+    // copy of the document is alive while the tape is built.
     std::string bytes = std::move(text).TakeUTF8();
     const std::size_t size = bytes.size();
-    bytes.append(kova::json::TapeDocument::kPadding, '\0');
+    WithPadding(bytes, kova::json::TapeDocument::kPadding);
     kova::json::TapeDocument tape;
     if (tape.ParseInPlace(std::string_view(bytes).substr(0, size))) {
       const TapeSource source{tape};
