@@ -38,15 +38,17 @@ InstanceVectorIndex* KOVAMappingPrivateReference::Index() {
 
 HRESULT KOVAMappingPrivateReference::AddInstance(KOVAMappingInstance instance) {
   InstanceVectorIndex* index = Index();
+  InstanceVectorIndex::Hashes hashes{};
   if (index != nullptr) {
-    if (index->FindEqual(instances_, IndexAccess::Data(instance)) != InstanceVectorIndex::kNone) return E_FAIL;
+    hashes = InstanceVectorIndex::HashesOf(IndexAccess::Data(instance));
+    if (index->FindEqual(instances_, IndexAccess::Data(instance), hashes) != InstanceVectorIndex::kNone) return E_FAIL;
   } else {
     for (const KOVAMappingInstance& stored : instances_) {
       if (stored == instance) return E_FAIL;
     }
   }
   instances_.push_back(instance);
-  if (index != nullptr) index->Appended(instances_, static_cast<std::uint32_t>(instances_.size() - 1));
+  if (index != nullptr) index->Appended(instances_, static_cast<std::uint32_t>(instances_.size() - 1), hashes);
   kova::model::BumpInstanceVectorsEpoch();
   return S_OK;
 }

@@ -108,8 +108,10 @@ std::uint32_t FindEqualReference(std::vector<KOVAMappingReference>& references, 
 HRESULT KOVAMappingPrivateTable::AddReference(KOVAMappingReference reference) {
   TableIndexes& indexes = Indexes();
   const bool indexed = !referencesHandedOut_ && indexes.references.Usable(references_);
+  kova::model::VectorIndex<KOVAMappingReference>::Hashes hashes{};
   if (indexed) {
-    if (indexes.references.FindEqual(references_, IndexAccess::Data(reference)) != kNone) return E_FAIL;
+    hashes = indexes.references.HashesOf(IndexAccess::Data(reference));
+    if (indexes.references.FindEqual(references_, IndexAccess::Data(reference), hashes) != kNone) return E_FAIL;
     // At most one reference that is not local: the root.
     if (indexes.references.FirstNotLocal() != kNone && !reference.GetIsLocal()) return E_FAIL;
   } else {
@@ -119,7 +121,7 @@ HRESULT KOVAMappingPrivateTable::AddReference(KOVAMappingReference reference) {
   const bool instancesExact = !referencesHandedOut_ && indexes.instances.Exact();
   references_.push_back(reference);
   const auto position = static_cast<std::uint32_t>(references_.size() - 1);
-  if (indexed) indexes.references.Appended(references_, position);
+  if (indexed) indexes.references.Appended(references_, position, hashes);
   if (instancesExact) {
     indexes.instances.AppendedReference(references_, position);
   } else {

@@ -160,6 +160,11 @@ class FirstPositionMap {
     }
   }
 
+  // Asks the processor to fetch the slot where a search for hash starts; no effect on answers.
+  void Prefetch(std::size_t hash) const noexcept {
+    if (!slots_.empty()) __builtin_prefetch(&slots_[Home(TagOf(hash), slots_.size())]);
+  }
+
   // Room for count keys without growing.
   void Reserve(std::size_t count) {
     if (!Fits(count, slots_.size())) Rehash(SizeFor(count));
@@ -244,8 +249,21 @@ class VectorIndex {
     byPlexo_.Clear();
   }
 
+  // The hashes of an object's two ids, as the index keys them.
+  struct Hashes {
+    std::size_t kova;
+    std::size_t plexo;
+  };
+  static Hashes HashesOf(const KOVAMappingPrivateObject& data) noexcept {
+    return {HashId(IndexAccess::KovaId(data)), HashId(IndexAccess::PlexoId(data))};
+  }
+
   // Records the element just appended at position (the index was usable before the append).
   void Appended(const std::vector<Handle>& elements, std::uint32_t position) {
+    Appended(elements, position, HashesOf(IndexAccess::Data(elements[position])));
+  }
+  // The same, with the hashes of the element's ids already at hand.
+  void Appended(const std::vector<Handle>& elements, std::uint32_t position, const Hashes& hashes) {
     const KOVAMappingPrivateObject& data = IndexAccess::Data(elements[position]);
     const auto kovaAt = [&elements](std::uint32_t p) -> const ZANUnicodeString& {
       return IndexAccess::KovaId(elements[p]);
@@ -254,8 +272,8 @@ class VectorIndex {
       return IndexAccess::PlexoId(elements[p]);
     };
     const auto earlier = [](std::uint32_t a, std::uint32_t b) { return a < b; };
-    byKova_.Insert(IndexAccess::KovaId(data), HashId(IndexAccess::KovaId(data)), position, kovaAt, earlier);
-    byPlexo_.Insert(IndexAccess::PlexoId(data), HashId(IndexAccess::PlexoId(data)), position, plexoAt, earlier);
+    byKova_.Insert(IndexAccess::KovaId(data), hashes.kova, position, kovaAt, earlier);
+    byPlexo_.Insert(IndexAccess::PlexoId(data), hashes.plexo, position, plexoAt, earlier);
     if (firstNotLocal_ == kNone && !IndexAccess::IsLocal(data)) firstNotLocal_ = position;
   }
 
@@ -272,8 +290,22 @@ class VectorIndex {
   // The first position equal to data by the either-id rule: the earlier of the first kOVA id match
   // and the first Plexo id match.
   std::uint32_t FindEqual(const std::vector<Handle>& elements, const KOVAMappingPrivateObject& data) const {
-    const std::uint32_t kova = FindKova(elements, IndexAccess::KovaId(data));
-    const std::uint32_t plexo = FindPlexo(elements, IndexAccess::PlexoId(data));
+    return FindEqual(elements, data, HashesOf(data));
+  }
+  // The same, with the hashes of data's ids at hand. The slots where both searches start are
+  // fetched together first, so that in a large index their two cache misses overlap.
+  std::uint32_t FindEqual(const std::vector<Handle>& elements, const KOVAMappingPrivateObject& data,
+                          const Hashes& hashes) const {
+    byKova_.Prefetch(hashes.kova);
+    byPlexo_.Prefetch(hashes.plexo);
+    const std::uint32_t kova = byKova_.Find(IndexAccess::KovaId(data), hashes.kova,
+                                            [&elements](std::uint32_t p) -> const ZANUnicodeString& {
+                                              return IndexAccess::KovaId(elements[p]);
+                                            });
+    const std::uint32_t plexo = byPlexo_.Find(IndexAccess::PlexoId(data), hashes.plexo,
+                                              [&elements](std::uint32_t p) -> const ZANUnicodeString& {
+                                                return IndexAccess::PlexoId(elements[p]);
+                                              });
     return kova < plexo ? kova : plexo;
   }
   std::uint32_t FirstNotLocal() const noexcept { return firstNotLocal_; }
