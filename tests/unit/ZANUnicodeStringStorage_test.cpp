@@ -61,7 +61,7 @@ TEST(ZANUnicodeStringStorage, MovingLeavesTheSourceEmpty) {
     ZANUnicodeString source(Text(length));
     ZANUnicodeString target(std::move(source));
     ExpectHolds(target, Text(length));
-    ExpectHolds(source, "");  // NOLINT(bugprone-use-after-move): the moved-from state is specified
+    ExpectHolds(source, "");  // NOLINT(bugprone-use-after-move): the header documents the moved-from state
     ZANUnicodeString assigned(Text(kInline + 10, 'A'));
     assigned = std::move(target);
     ExpectHolds(assigned, Text(length));
@@ -138,7 +138,7 @@ TEST(ZANUnicodeStringStorage, TakingTheTextOutLeavesTheStringEmpty) {
     ZANUnicodeString s(Text(length));
     const std::string taken = std::move(s).TakeUTF8();
     EXPECT_EQ(taken, Text(length));
-    ExpectHolds(s, "");  // NOLINT(bugprone-use-after-move): the state after TakeUTF8 is specified
+    ExpectHolds(s, "");  // NOLINT(bugprone-use-after-move): the header documents the state after TakeUTF8
     s += "again";
     ExpectHolds(s, "again");
   }
