@@ -89,18 +89,16 @@ def report(label):
         big = get(f"{bench}/objects:1000000", "items_per_second")
         if small and big:
             lines.append(f"| 2 linear | {bench}: ns/look-up 1M / 10k | {small / big:.2f} | <= 1.3 |")
-    c = get("BM_CompressMTWithPrefix/100000", "bytes_per_second")
-    z = get("BM_ZlibCompress/100000", "bytes_per_second")
-    if c and z:
-        lines.append(f"| 3 envelope | CompressMTWithPrefix / zlib compress (level 6) | {c / z:.2f} | >= 1.5 |")
-    co = get("BM_CompressMTWithPrefix/100000", "out_bytes")
-    zo = get("BM_ZlibCompress/100000", "out_bytes_base64")
-    if co and zo:
-        lines.append(f"| 3 envelope | envelope bytes / zlib stream in base64 bytes | {co / zo:.3f} | <= 1 |")
-    d = get("BM_TryDecompressMT/100000", "bytes_per_second")
-    u = get("BM_ZlibUncompress/100000", "bytes_per_second")
-    if d and u:
-        lines.append(f"| 3 envelope | TryDecompressMT / zlib uncompress | {d / u:.2f} | >= 1.5 |")
+    def ratio(measure, numerator, denominator, target, digits=2):
+        if numerator and denominator:
+            lines.append(f"| 3 envelope | {measure} | {numerator / denominator:.{digits}f} | {target} |")
+
+    ratio("CompressMTWithPrefix / zlib compress (level 6)", get("BM_CompressMTWithPrefix/100000", "bytes_per_second"),
+          get("BM_ZlibCompress/100000", "bytes_per_second"), ">= 1.5")
+    ratio("envelope bytes / zlib stream in base64 bytes", get("BM_CompressMTWithPrefix/100000", "out_bytes"),
+          get("BM_ZlibCompress/100000", "out_bytes_base64"), "<= 1", 3)
+    ratio("TryDecompressMT / zlib uncompress", get("BM_TryDecompressMT/100000", "bytes_per_second"),
+          get("BM_ZlibUncompress/100000", "bytes_per_second"), ">= 1.5")
     st = get("BM_StampMap20", "items_per_second")
     if st:
         lines.append(f"| 5 stamps | map form, 20 attributes, stamps/s | {st:,.0f} | >= 200,000 |")
