@@ -120,7 +120,7 @@ for line in open(peak_txt):
                      f"{modes.get(parts[5], parts[5])} | {float(parts[4]):.2f} | <= 4 |")
 
 table = "\n".join(lines)
-text = open(readme).read() if True else ""
+text = open(readme).read()
 begin, end = "<!-- RESULTS BEGIN -->", "<!-- RESULTS END -->"
 if begin in text and end in text:
     text = re.sub(re.escape(begin) + ".*?" + re.escape(end), lambda _: begin + "\n" + table + "\n" + end, text, flags=re.S)

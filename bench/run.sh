@@ -34,6 +34,9 @@ run_suite() {
     --benchmark_repetitions="$repetitions" --benchmark_report_aggregates_only=true \
     --benchmark_out="$json" --benchmark_out_format=json $extra
 }
+# The extra arguments are passed on split at blanks and never expanded as file names (a filter
+# such as BM_Read.* stays as written).
+set -f
 extra="$*"
 json="$out/default.json"; run_suite
 json="$out/warm-heap.json"; run_suite GLIBC_TUNABLES="$warm_heap"

@@ -114,8 +114,8 @@ inline std::size_t HashId(const ZANUnicodeString& id) noexcept { return std::has
 
 // Open-addressing map from an id to an entry number (the first entry holding that id). Keys are not
 // stored: they are read back from the container through keyAt(entry), so the map costs 8 bytes a
-// slot and never holds a copy of an id. Slots are at most kMaxLoad full: a map reserved for a
-// known count takes no more than it needs for that, whatever the count.
+// slot and never holds a copy of an id. Slots are at most seven tenths full, and there may be any
+// number of them: a map reserved for a known count takes no more than that count needs.
 class FirstPositionMap {
  public:
   static constexpr std::uint32_t kNone = 0xFFFFFFFFu;
@@ -236,6 +236,15 @@ class VectorIndex {
     return true;
   }
 
+  // Reads back the kOVA id (kKova) or Plexo id of the element at a position.
+  template <bool kKova>
+  struct KeyAt {
+    const std::vector<Handle>& elements;
+    const ZANUnicodeString& operator()(std::uint32_t p) const {
+      return kKova ? IndexAccess::KovaId(elements[p]) : IndexAccess::PlexoId(elements[p]);
+    }
+  };
+
   // The vector is expected to reach count elements: the index, when it is built, makes room for
   // them at once instead of growing step by step.
   void Expect(std::size_t count) noexcept {
@@ -265,27 +274,17 @@ class VectorIndex {
   // The same, with the hashes of the element's ids already at hand.
   void Appended(const std::vector<Handle>& elements, std::uint32_t position, const Hashes& hashes) {
     const KOVAMappingPrivateObject& data = IndexAccess::Data(elements[position]);
-    const auto kovaAt = [&elements](std::uint32_t p) -> const ZANUnicodeString& {
-      return IndexAccess::KovaId(elements[p]);
-    };
-    const auto plexoAt = [&elements](std::uint32_t p) -> const ZANUnicodeString& {
-      return IndexAccess::PlexoId(elements[p]);
-    };
     const auto earlier = [](std::uint32_t a, std::uint32_t b) { return a < b; };
-    byKova_.Insert(IndexAccess::KovaId(data), hashes.kova, position, kovaAt, earlier);
-    byPlexo_.Insert(IndexAccess::PlexoId(data), hashes.plexo, position, plexoAt, earlier);
+    byKova_.Insert(IndexAccess::KovaId(data), hashes.kova, position, KeyAt<true>{elements}, earlier);
+    byPlexo_.Insert(IndexAccess::PlexoId(data), hashes.plexo, position, KeyAt<false>{elements}, earlier);
     if (firstNotLocal_ == kNone && !IndexAccess::IsLocal(data)) firstNotLocal_ = position;
   }
 
   std::uint32_t FindKova(const std::vector<Handle>& elements, const ZANUnicodeString& id) const {
-    return byKova_.Find(id, HashId(id), [&elements](std::uint32_t p) -> const ZANUnicodeString& {
-      return IndexAccess::KovaId(elements[p]);
-    });
+    return byKova_.Find(id, HashId(id), KeyAt<true>{elements});
   }
   std::uint32_t FindPlexo(const std::vector<Handle>& elements, const ZANUnicodeString& id) const {
-    return byPlexo_.Find(id, HashId(id), [&elements](std::uint32_t p) -> const ZANUnicodeString& {
-      return IndexAccess::PlexoId(elements[p]);
-    });
+    return byPlexo_.Find(id, HashId(id), KeyAt<false>{elements});
   }
   // The first position equal to data by the either-id rule: the earlier of the first kOVA id match
   // and the first Plexo id match.
@@ -298,14 +297,8 @@ class VectorIndex {
                           const Hashes& hashes) const {
     byKova_.Prefetch(hashes.kova);
     byPlexo_.Prefetch(hashes.plexo);
-    const std::uint32_t kova = byKova_.Find(IndexAccess::KovaId(data), hashes.kova,
-                                            [&elements](std::uint32_t p) -> const ZANUnicodeString& {
-                                              return IndexAccess::KovaId(elements[p]);
-                                            });
-    const std::uint32_t plexo = byPlexo_.Find(IndexAccess::PlexoId(data), hashes.plexo,
-                                              [&elements](std::uint32_t p) -> const ZANUnicodeString& {
-                                                return IndexAccess::PlexoId(elements[p]);
-                                              });
+    const std::uint32_t kova = byKova_.Find(IndexAccess::KovaId(data), hashes.kova, KeyAt<true>{elements});
+    const std::uint32_t plexo = byPlexo_.Find(IndexAccess::PlexoId(data), hashes.plexo, KeyAt<false>{elements});
     return kova < plexo ? kova : plexo;
   }
   std::uint32_t FirstNotLocal() const noexcept { return firstNotLocal_; }

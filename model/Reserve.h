@@ -15,7 +15,7 @@ namespace kova::model {
 // Room for count more instances in reference's vector and, once it indexes them, in its index.
 void ReserveInstances(const KOVAMappingReference& reference, std::size_t count);
 
-// Room for count more references in the table's vector.
+// Room for count more references in the table's vector and, once it indexes them, in its index.
 void ReserveReferences(KOVAMappingTable& table, std::size_t count);
 
 }  // namespace kova::model

@@ -43,8 +43,7 @@ void ZANUnicodeString::MoveAssignLong(ZANUnicodeString& other) noexcept {
     other.Long().~basic_string();
   } else {
     Long().~basic_string();
-    std::memcpy(storage_, other.storage_, sizeof storage_);
-    tag_ = other.tag_;
+    CopyInline(other);
   }
 }
 
@@ -268,8 +267,7 @@ ZANUnicodeString& ZANUnicodeString::Append(const ZANUnicodeString& other) {
     std::string joined;
     joined.reserve(size + added);
     joined.append(View()).append(other.View());
-    ::new (static_cast<void*>(storage_)) std::string(std::move(joined));
-    tag_ = kLong;
+    Assign(std::move(joined));
   }
   return *this;
 }

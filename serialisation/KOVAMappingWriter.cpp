@@ -178,12 +178,11 @@ ZANUnicodeString TreeText(KOVAMappingTable& table) {
 
 ZANUnicodeString KOVAMappingParser::TranslateToString(KOVAMappingTable& table) {
   // The tree is built only for the log's print of it; otherwise the text is written directly.
+  const KOVAMappingPrivateTable& data = *KOVAPrivateAccess::GetPrivate(table);
   const ZANUnicodeString text =
       KOVALogger::IsActive()
           ? TreeText(table)
-          : ZANUnicodeString::FromValidUTF8(
-                StreamedDocument(ExpectedDocumentSize(*KOVAPrivateAccess::GetPrivate(table)))
-                    .Write(*KOVAPrivateAccess::GetPrivate(table)));
+          : ZANUnicodeString::FromValidUTF8(StreamedDocument(ExpectedDocumentSize(data)).Write(data));
   if (kova::CompressionSwitchOn()) {
     ZANUnicodeString envelope;
     // A failed compression falls back to the plain document.

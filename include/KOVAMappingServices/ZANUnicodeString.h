@@ -40,8 +40,7 @@ class KOVA_EXPORT ZANUnicodeString {
     if (other.IsLong()) {
       CopyLong(other);
     } else {
-      std::memcpy(storage_, other.storage_, sizeof storage_);
-      tag_ = other.tag_;
+      CopyInline(other);
     }
   }
   // The source is left empty.
@@ -49,8 +48,7 @@ class KOVA_EXPORT ZANUnicodeString {
     if (other.IsLong()) {
       MoveLong(other);
     } else {
-      std::memcpy(storage_, other.storage_, sizeof storage_);
-      tag_ = other.tag_;
+      CopyInline(other);
     }
     other.SetEmptyInline();
   }
@@ -61,8 +59,7 @@ class KOVA_EXPORT ZANUnicodeString {
       if (IsLong() || other.IsLong()) {
         MoveAssignLong(other);
       } else {
-        std::memcpy(storage_, other.storage_, sizeof storage_);
-        tag_ = other.tag_;
+        CopyInline(other);
       }
       other.SetEmptyInline();
     }
@@ -149,6 +146,11 @@ class KOVA_EXPORT ZANUnicodeString {
   void CopyLong(const ZANUnicodeString& other);
   void MoveLong(ZANUnicodeString& other) noexcept;
   void MoveAssignLong(ZANUnicodeString& other) noexcept;
+  // Takes other's inline text; this string's previous content must already be gone.
+  void CopyInline(const ZANUnicodeString& other) noexcept {
+    std::memcpy(storage_, other.storage_, sizeof storage_);
+    tag_ = other.tag_;
+  }
   // The empty inline text; the previous content must already be gone.
   void SetEmptyInline() noexcept {
     storage_[0] = 0;
