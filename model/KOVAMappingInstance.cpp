@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include "model/ObjectLinks.h"
+
 KOVAMappingInstance::KOVAMappingInstance() : KOVAMappingObject(std::make_shared<KOVAMappingPrivateInstance>()) {}
 
 KOVAMappingInstance::KOVAMappingInstance(ZANUnicodeString kovaId, ZANUnicodeString plexoId, ZANUnicodeString kssStamp,
@@ -24,7 +26,10 @@ KOVAMappingInstance::KOVAMappingInstance(const KOVAMappingInstance& other) = def
 
 KOVAMappingInstance& KOVAMappingInstance::operator=(const KOVAMappingInstance& other) {
   // Unlike the base handle's assignment, an instance handle shares what it is assigned.
-  if (this != &other) private_ = other.private_;
+  if (private_ == other.private_) return *this;
+  // This handle may be an element of a vector handed out by a reference or a table.
+  kova::model::ReleasingSlot(private_.get(), this);
+  private_ = other.private_;
   return *this;
 }
 

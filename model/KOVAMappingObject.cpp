@@ -5,6 +5,8 @@
 
 #include <utility>
 
+#include "model/ObjectLinks.h"
+
 KOVAMappingObject::KOVAMappingObject() : private_(std::make_shared<KOVAMappingPrivateObject>()) {}
 
 KOVAMappingObject::KOVAMappingObject(const KOVAMappingPrivateObject& privateObject)
@@ -30,11 +32,13 @@ KOVAMappingObject& KOVAMappingObject::operator=(const KOVAMappingObject& other) 
     fresh = std::make_shared<KOVAMappingPrivateObject>();
   }
   static_cast<KOVAMappingPrivateObject&>(*fresh) = base;
+  // This handle may be an element of a vector handed out by a reference or a table.
+  kova::model::ReleasingSlot(private_.get(), this);
   private_ = std::move(fresh);
   return *this;
 }
 
-KOVAMappingObject::~KOVAMappingObject() = default;
+KOVAMappingObject::~KOVAMappingObject() { kova::model::ReleasingSlot(private_.get(), this); }
 
 ZANUnicodeString KOVAMappingObject::GetKOVAID() const { return private_->GetKOVAID(); }
 ZANUnicodeString KOVAMappingObject::GetPlexoID() const { return private_->GetPlexoID(); }

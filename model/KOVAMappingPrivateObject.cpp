@@ -2,7 +2,8 @@
 
 #include <KOVAMappingServices/KOVAKSSVersioning.h>
 
-#include "model/MappingIndex.h"
+#include "model/ContainerIndex.h"
+#include "model/ObjectLinks.h"
 #include "stamps/StampPrefix.h"
 
 #include <string>
@@ -25,6 +26,29 @@ void StoreStamp(Stamp&& stamp, ZANUnicodeString& stored, std::int32_t& storedVer
   }
 }
 
+using kova::model::ContainerIndex;
+using kova::model::ObjectLinks;
+
+// Changes fields of object through change(): every container holding the object takes it out of
+// its indexes under the old values first and puts it back under the new ones after, also when
+// change() throws (the fields are then as they were).
+template <typename Change>
+void ChangeFields(KOVAMappingPrivateObject& object, unsigned fields, Change&& change) {
+  if (ObjectLinks::Empty(object)) {
+    change();
+    return;
+  }
+  ObjectLinks::ForEachContainer(object, [&](ContainerIndex* container) { container->BeforeChange(object, fields); });
+  struct After {
+    KOVAMappingPrivateObject& object;
+    unsigned fields;
+    ~After() {
+      ObjectLinks::ForEachContainer(object, [this](ContainerIndex* container) { container->AfterChange(object, fields); });
+    }
+  } after{object, fields};
+  change();
+}
+
 }  // namespace
 
 KOVAMappingPrivateObject::KOVAMappingPrivateObject() : customData_("") {}
@@ -42,20 +66,34 @@ KOVAMappingPrivateObject::KOVAMappingPrivateObject(ZANUnicodeString kovaId, ZANU
   StoreStamp(std::move(kssStamp), kssStamp_, kssVersion_);
 }
 
-KOVAMappingPrivateObject::KOVAMappingPrivateObject(const KOVAMappingPrivateObject& other) = default;
+// The copy belongs to no container: links_ starts empty.
+KOVAMappingPrivateObject::KOVAMappingPrivateObject(const KOVAMappingPrivateObject& other)
+    : kovaId_(other.kovaId_),
+      plexoId_(other.plexoId_),
+      kssStamp_(other.kssStamp_),
+      customData_(other.customData_),
+      isLocal_(other.isLocal_),
+      kssVersion_(other.kssVersion_) {}
+
 KOVAMappingPrivateObject& KOVAMappingPrivateObject::operator=(const KOVAMappingPrivateObject& other) {
-  kovaId_ = other.kovaId_;
-  plexoId_ = other.plexoId_;
+  ChangeFields(*this, kova::model::kKovaField | kova::model::kPlexoField | kova::model::kLocalField, [&] {
+    kovaId_ = other.kovaId_;
+    plexoId_ = other.plexoId_;
+    isLocal_ = other.isLocal_;
+  });
   kssStamp_ = other.kssStamp_;
   customData_ = other.customData_;
-  isLocal_ = other.isLocal_;
   kssVersion_ = other.kssVersion_;
-  // The ids and is-local flag may have changed under the indexes of the containers holding this
-  // object.
-  kova::model::BumpIdentityEpoch();
   return *this;
 }
-KOVAMappingPrivateObject::~KOVAMappingPrivateObject() = default;
+
+KOVAMappingPrivateObject::~KOVAMappingPrivateObject() {
+  if (ObjectLinks::Empty(*this)) return;
+  // Only reached when a caller took the object's last handle out of a handed-out vector: the
+  // containers that still describe it forget it.
+  ObjectLinks::ForEachContainer(*this, [this](ContainerIndex* container) { container->ObjectDying(*this); });
+  ObjectLinks::Release(*this);
+}
 
 ZANUnicodeString KOVAMappingPrivateObject::GetKOVAID() const { return kovaId_; }
 ZANUnicodeString KOVAMappingPrivateObject::GetPlexoID() const { return plexoId_; }
@@ -65,14 +103,12 @@ bool KOVAMappingPrivateObject::GetIsLocal() const { return isLocal_; }
 std::int32_t KOVAMappingPrivateObject::GetKSSVersion() const { return kssVersion_; }
 
 KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetKOVAID(const ZANUnicodeString& kovaId) {
-  kovaId_ = kovaId;
-  kova::model::BumpIdentityEpoch();
+  ChangeFields(*this, kova::model::kKovaField, [&] { kovaId_ = kovaId; });
   return *this;
 }
 
 KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetPlexoID(const ZANUnicodeString& plexoId) {
-  plexoId_ = plexoId;
-  kova::model::BumpIdentityEpoch();
+  ChangeFields(*this, kova::model::kPlexoField, [&] { plexoId_ = plexoId; });
   return *this;
 }
 
@@ -82,8 +118,7 @@ KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetCustomData(const ZANUnico
 }
 
 KOVAMappingPrivateObject& KOVAMappingPrivateObject::SetIsLocal(const bool& isLocal) {
-  isLocal_ = isLocal;
-  kova::model::BumpIdentityEpoch();
+  ChangeFields(*this, kova::model::kLocalField, [&] { isLocal_ = isLocal; });
   return *this;
 }
 

@@ -1,12 +1,14 @@
 #include <KOVAMappingServices/KOVAMappingPrivateReference.h>
 
-#include <algorithm>
 #include <utility>
 
 #include "model/MappingIndex.h"
 
+using kova::model::ContainerIndex;
 using kova::model::IndexAccess;
 using kova::model::InstanceVectorIndex;
+using kova::model::ObjectLinks;
+using kova::model::TableInstanceIndex;
 
 KOVAMappingPrivateReference::KOVAMappingPrivateReference() = default;
 
@@ -22,59 +24,58 @@ KOVAMappingPrivateReference::KOVAMappingPrivateReference(const KOVAMappingPrivat
 
 KOVAMappingPrivateReference& KOVAMappingPrivateReference::operator=(const KOVAMappingPrivateReference& other) {
   KOVAMappingPrivateObject::operator=(other);
-  instances_ = other.instances_;
-  if (index_) index_->Drop();
-  kova::model::BumpInstanceVectorsEpoch();
+  if (this == &other) return *this;
+  if (index_) {
+    index_->Assign(other.instances_);
+  } else {
+    instances_ = other.instances_;
+  }
   return *this;
 }
 
-KOVAMappingPrivateReference::~KOVAMappingPrivateReference() = default;
+KOVAMappingPrivateReference::~KOVAMappingPrivateReference() {
+  if (!index_) return;
+  // Tables still holding this reference (only possible when a caller took it out of a handed-out
+  // vector) forget its instances before the index of them goes.
+  ObjectLinks::ForEach(*this, [this](ContainerIndex* references, bool) {
+    if (TableInstanceIndex* table = references->OwnerTable()->InstancesIfMade()) table->ContainerRemoved(*index_);
+  });
+  ObjectLinks::ForEachContainer(*this, [this](ContainerIndex* references) {
+    if (TableInstanceIndex* table = references->OwnerTable()->InstancesIfMade()) table->Unwatch(*index_);
+  });
+  index_.reset();
+}
 
-InstanceVectorIndex* KOVAMappingPrivateReference::Index() {
-  if (instancesHandedOut_) return nullptr;
-  if (!index_) index_ = std::make_unique<InstanceVectorIndex>();
-  return index_->Usable(instances_) ? index_.get() : nullptr;
+InstanceVectorIndex& KOVAMappingPrivateReference::Index() {
+  if (!index_) {
+    index_ = std::make_unique<InstanceVectorIndex>(this, instances_);
+    if (instancesHandedOut_) index_->HandOut();
+  } else {
+    index_->Sync();
+  }
+  return *index_;
 }
 
 HRESULT KOVAMappingPrivateReference::AddInstance(KOVAMappingInstance instance) {
-  InstanceVectorIndex* index = Index();
-  InstanceVectorIndex::Hashes hashes{};
-  if (index != nullptr) {
-    hashes = InstanceVectorIndex::HashesOf(IndexAccess::Data(instance));
-    if (index->FindEqual(instances_, IndexAccess::Data(instance), hashes) != InstanceVectorIndex::kNone) return E_FAIL;
-  } else {
-    for (const KOVAMappingInstance& stored : instances_) {
-      if (stored == instance) return E_FAIL;
-    }
-  }
-  instances_.push_back(instance);
-  if (index != nullptr) index->Appended(instances_, static_cast<std::uint32_t>(instances_.size() - 1), hashes);
-  kova::model::BumpInstanceVectorsEpoch();
+  InstanceVectorIndex& index = Index();
+  if (index.FindEqual(IndexAccess::Data(instance)) != ContainerIndex::kNone) return E_FAIL;
+  index.PushBack(instance);
   return S_OK;
 }
 
 HRESULT KOVAMappingPrivateReference::RemoveInstance(KOVAMappingInstance instance) {
   if (instances_.empty()) return E_FAIL;
-  InstanceVectorIndex* index = Index();
-  auto found = instances_.end();
-  if (index != nullptr) {
-    const std::uint32_t position = index->FindEqual(instances_, IndexAccess::Data(instance));
-    if (position != InstanceVectorIndex::kNone) found = instances_.begin() + position;
-  } else {
-    found = std::find(instances_.begin(), instances_.end(), instance);
-  }
-  if (found == instances_.end()) return E_FAIL;
-  instances_.erase(found);
-  // Positions after the removed one moved.
-  if (index_) index_->Drop();
-  kova::model::BumpInstanceVectorsEpoch();
+  InstanceVectorIndex& index = Index();
+  const std::uint32_t position = index.FindEqual(IndexAccess::Data(instance));
+  if (position == ContainerIndex::kNone) return E_FAIL;
+  index.EraseAt(position);
   return S_OK;
 }
 
 std::vector<KOVAMappingInstance>& KOVAMappingPrivateReference::GetInstances() {
-  // The caller may change the vector at any later time: it is walked from now on.
   instancesHandedOut_ = true;
-  index_.reset();
-  kova::model::BumpInstanceVectorsEpoch();
+  if (index_) index_->HandOut();
   return instances_;
 }
+
+const std::vector<KOVAMappingInstance>& KOVAMappingPrivateReference::GetInstances() const { return instances_; }

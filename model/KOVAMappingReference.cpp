@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include "model/ObjectLinks.h"
+
 KOVAMappingReference::KOVAMappingReference() : KOVAMappingObject(std::make_shared<KOVAMappingPrivateReference>()) {}
 
 KOVAMappingReference::KOVAMappingReference(ZANUnicodeString kovaId, ZANUnicodeString plexoId,
@@ -23,7 +25,10 @@ KOVAMappingReference::KOVAMappingReference(const KOVAMappingReference& other) = 
 
 KOVAMappingReference& KOVAMappingReference::operator=(const KOVAMappingReference& other) {
   // Unlike the base handle's assignment, a reference handle shares what it is assigned.
-  if (this != &other) private_ = other.private_;
+  if (private_ == other.private_) return *this;
+  // This handle may be an element of a vector handed out by a table or a table.
+  kova::model::ReleasingSlot(private_.get(), this);
+  private_ = other.private_;
   return *this;
 }
 
@@ -38,6 +43,10 @@ HRESULT KOVAMappingReference::RemoveInstance(KOVAMappingInstance instance) {
 }
 
 std::vector<KOVAMappingInstance>& KOVAMappingReference::GetInstances() { return Private()->GetInstances(); }
+
+const std::vector<KOVAMappingInstance>& KOVAMappingReference::GetInstances() const {
+  return static_cast<const KOVAMappingPrivateReference*>(Private())->GetInstances();
+}
 
 KOVAMappingPrivateReference* KOVAMappingReference::Private() const {
   return static_cast<KOVAMappingPrivateReference*>(private_.get());

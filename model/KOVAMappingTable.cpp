@@ -48,9 +48,13 @@ bool KOVAMappingTable::HasRootReference() { return private_->HasRootReference();
 
 std::vector<KOVAMappingReference>& KOVAMappingTable::GetReferences() { return private_->GetReferences(); }
 
-std::vector<KOVAMappingInstance> KOVAMappingTable::GetInstances() { return private_->GetInstances(); }
+const std::vector<KOVAMappingReference>& KOVAMappingTable::GetReferences() const {
+  return std::as_const(*private_).GetReferences();
+}
 
-std::vector<KOVAMappingObject> KOVAMappingTable::GetContent() { return private_->GetContent(); }
+std::vector<KOVAMappingInstance> KOVAMappingTable::GetInstances() const { return private_->GetInstances(); }
+
+std::vector<KOVAMappingObject> KOVAMappingTable::GetContent() const { return private_->GetContent(); }
 
 ZANBaseUnknown KOVAMappingTable::GetOwner() { return owner_; }
 

@@ -11,6 +11,7 @@
 
 namespace kova::model {
 struct IndexAccess;
+class ObjectLinks;
 }  // namespace kova::model
 
 // One object of the external CAD system and the platform object it corresponds to.
@@ -18,13 +19,22 @@ struct IndexAccess;
 // The stamp is always stored without a version prefix: SetKSStamp (and the stamp-taking
 // constructors) read the version carried by a versioned stamp text, store it as the KSS version
 // and keep the stripped text. An unversioned text leaves the KSS version as it was.
+//
+// The object knows which containers (a reference's instances, a table's references) hold it, so a
+// change of its kOVA id, Plexo id or is-local flag updates the look-up indexes of exactly those
+// containers, at once. Copies (construction and assignment) never copy that membership.
+//
+// Thread safety: none of its own. An object held by a table is used, like the table, by one
+// thread at a time; that includes copying, assigning and destroying the handles that share it.
 class KOVA_EXPORT KOVAMappingPrivateObject {
  public:
   KOVAMappingPrivateObject();
   KOVAMappingPrivateObject(ZANUnicodeString kovaId, ZANUnicodeString plexoId, ZANUnicodeString kssStamp);
   KOVAMappingPrivateObject(ZANUnicodeString kovaId, ZANUnicodeString plexoId, ZANUnicodeString kssStamp,
                            ZANUnicodeString customData, bool isLocal);
+  // Copies the six fields; the copy belongs to no container.
   KOVAMappingPrivateObject(const KOVAMappingPrivateObject& other);
+  // Copies the six fields; the containers holding this object see its new ids at once.
   KOVAMappingPrivateObject& operator=(const KOVAMappingPrivateObject& other);
   virtual ~KOVAMappingPrivateObject();
 
@@ -61,6 +71,9 @@ class KOVA_EXPORT KOVAMappingPrivateObject {
  private:
   // The model's indexes read the ids in place.
   friend struct kova::model::IndexAccess;
+  friend class kova::model::ObjectLinks;
+  // The containers holding this object (model/ObjectLinks.h); 0 when none.
+  std::uintptr_t links_ = 0;
   ZANUnicodeString kovaId_;
   ZANUnicodeString plexoId_;
   ZANUnicodeString kssStamp_;

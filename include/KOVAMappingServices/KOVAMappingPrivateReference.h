@@ -10,7 +10,8 @@
 
 namespace kova::model {
 struct IndexAccess;
-struct InstanceVectorIndex;
+template <class Handle>
+class VectorIndex;
 }  // namespace kova::model
 
 class KOVA_EXPORT KOVAMappingPrivateReference : public KOVAMappingPrivateObject {
@@ -28,17 +29,25 @@ class KOVA_EXPORT KOVAMappingPrivateReference : public KOVAMappingPrivateObject 
   HRESULT AddInstance(KOVAMappingInstance instance);
   // Removes the first instance equal to the given one: S_OK, or E_FAIL when there is none.
   HRESULT RemoveInstance(KOVAMappingInstance instance);
-  // The instance vector itself; callers may change it in place. From then on the reference no
-  // longer indexes its instances (the caller may change them unseen) and walks them instead.
+  // The instance vector itself; callers may change it in place, now or at any later time.
+  // Handing it out costs nothing. The reference's index of its instances (and the instance index
+  // of every table holding the reference) follows what the caller does with it: a change that
+  // replaces or removes elements (assignment, swap, sort, erase, clear) is noted by the handles as
+  // it happens, and the next operation compares the element pointers once and redoes only what
+  // changed. An append within the vector's capacity runs no code of the library: while the vector
+  // is out with room left (or empty), each table holding the reference checks its size before an
+  // instance look-up.
   std::vector<KOVAMappingInstance>& GetInstances();
+  // The instance vector, read-only: costs nothing and changes nothing.
+  const std::vector<KOVAMappingInstance>& GetInstances() const;
 
  private:
   friend struct kova::model::IndexAccess;
-  // The index of instances_, or null; see model/MappingIndex.h.
-  kova::model::InstanceVectorIndex* Index();
+  // The index of instances_, made if need be and brought up to date; see model/ContainerIndex.h.
+  kova::model::VectorIndex<KOVAMappingInstance>& Index();
 
   std::vector<KOVAMappingInstance> instances_;
-  std::unique_ptr<kova::model::InstanceVectorIndex> index_;
+  std::unique_ptr<kova::model::VectorIndex<KOVAMappingInstance>> index_;
   // instances_ was handed out by GetInstances().
   bool instancesHandedOut_ = false;
 };

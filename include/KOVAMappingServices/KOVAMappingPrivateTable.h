@@ -18,6 +18,12 @@ struct IndexAccess;
 class TableIndexes;
 }  // namespace kova::model
 
+// Thread safety: none. A table, its objects and the handles that share them are used by one thread
+// at a time; tables that share no object may be used by different threads at once.
+//
+// Look-ups are answered from hash indexes that the table keeps in step with every change, made
+// through the table, through any handle of its objects (ids, is-local flag) or in place in the
+// vectors it hands out; their answers are exactly those of walking the vectors in order.
 class KOVA_EXPORT KOVAMappingPrivateTable : public std::enable_shared_from_this<KOVAMappingPrivateTable> {
  public:
   // An empty table of the current document version.
@@ -58,17 +64,22 @@ class KOVA_EXPORT KOVAMappingPrivateTable : public std::enable_shared_from_this<
   HRESULT GetRootReference(KOVAMappingReference& out);
   bool HasRootReference();
 
-  // The reference vector itself; callers may change it in place. From then on the table no longer
-  // indexes its content (the caller may change it unseen) and walks it instead.
+  // The reference vector itself; callers may change it in place, now or at any later time.
+  // Handing it out costs nothing. The table's indexes follow what the caller does with it: a change
+  // that replaces or removes elements is noted by the handles as it happens, an append is seen from
+  // the vector's size, and the next operation compares the element pointers once and redoes only
+  // what changed.
   std::vector<KOVAMappingReference>& GetReferences();
-  // All instances, reference by reference.
-  std::vector<KOVAMappingInstance> GetInstances();
-  // Each reference followed by its instances, in table order.
-  std::vector<KOVAMappingObject> GetContent();
+  // The reference vector, read-only: costs nothing and changes nothing.
+  const std::vector<KOVAMappingReference>& GetReferences() const;
+  // All instances, reference by reference (a new vector of shared handles).
+  std::vector<KOVAMappingInstance> GetInstances() const;
+  // Each reference followed by its instances, in table order (a new vector of shared handles).
+  std::vector<KOVAMappingObject> GetContent() const;
 
  private:
   friend struct kova::model::IndexAccess;
-  // The table's indexes, made on first use; see model/MappingIndex.h.
+  // The table's indexes, made on first use; see model/TableInstanceIndex.h.
   kova::model::TableIndexes& Indexes();
 
   std::int32_t version_;

@@ -25,7 +25,12 @@ class KOVA_EXPORT KOVAMappingReference : public KOVAMappingObject {
 
   HRESULT AddInstance(KOVAMappingInstance instance);
   HRESULT RemoveInstance(KOVAMappingInstance instance);
+  // The instance vector itself, to change in place (see KOVAMappingPrivateReference::GetInstances:
+  // handing it out costs nothing, the indexes follow the caller's changes).
   std::vector<KOVAMappingInstance>& GetInstances();
+  // The instance vector, read-only: costs nothing and changes nothing. Reached on a const handle,
+  // e.g. std::as_const(reference).GetInstances().
+  const std::vector<KOVAMappingInstance>& GetInstances() const;
 
  private:
   friend class KOVAPrivateAccess;

@@ -3,6 +3,14 @@
 //
 // Copies of a table (copy construction, assignment) refer to the same private table and the same
 // content; the private table lives as long as any copy does.
+//
+// Look-ups by id are hash look-ups whatever the host did before: the table's indexes follow every
+// change made through the table, through any handle of its objects, or in place in the vectors it
+// hands out, at a cost in proportion to what changed. Answers are those of walking the references
+// (and their instances) in order: the first match wins.
+//
+// Thread safety: none. A table, its objects and the handles that share them are used by one thread
+// at a time; tables that share no object may be used by different threads at once.
 #ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGTABLE_H_
 #define KOVAMAPPINGSERVICES_KOVAMAPPINGTABLE_H_
 
@@ -40,9 +48,21 @@ class KOVA_EXPORT KOVAMappingTable {
   HRESULT GetRootReference(KOVAMappingReference& out);
   bool HasRootReference();
 
+  // Ways to go through the content, and what each costs:
+  //  - GetReferences(): the reference vector itself, to change in place; handing it out costs
+  //    nothing, and the table's indexes follow whatever the caller then does with it.
+  //  - GetReferences() const (e.g. std::as_const(table).GetReferences()): the same vector,
+  //    read-only; costs nothing.
+  //  - KOVAMappingReference::GetInstances(), mutable or const: a reference's instance vector, the
+  //    same way.
+  //  - GetInstances(), GetContent(): new vectors of handles sharing the table's objects, built on
+  //    each call (one handle copy per object).
   std::vector<KOVAMappingReference>& GetReferences();
-  std::vector<KOVAMappingInstance> GetInstances();
-  std::vector<KOVAMappingObject> GetContent();
+  const std::vector<KOVAMappingReference>& GetReferences() const;
+  // All instances, reference by reference, each reference's instances in order.
+  std::vector<KOVAMappingInstance> GetInstances() const;
+  // Each reference followed by its instances, in table order.
+  std::vector<KOVAMappingObject> GetContent() const;
 
   ZANBaseUnknown GetOwner();
   KOVAMappingTable& SetOwner(const ZANBaseUnknown& owner);

@@ -1,0 +1,366 @@
+#include "model/ContainerIndex.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "model/MappingIndex.h"
+#include "model/ObjectLinks.h"
+#include "model/TableInstanceIndex.h"
+
+namespace kova::model {
+
+namespace {
+
+using Object = KOVAMappingPrivateObject;
+
+struct Earlier {
+  bool operator()(std::uint32_t a, std::uint32_t b) const noexcept { return a < b; }
+};
+
+// Reads back the kOVA id (kKova) or Plexo id of the synced element at a position.
+template <bool kKova>
+struct KeyAtPosition {
+  const std::vector<Object*>& synced;
+  const ZANUnicodeString& operator()(std::uint32_t position) const {
+    return kKova ? IndexAccess::KovaId(*synced[position]) : IndexAccess::PlexoId(*synced[position]);
+  }
+};
+
+}  // namespace
+
+ContainerIndex::ContainerIndex(KOVAMappingPrivateReference* reference)
+    : kind_(Kind::kInstances), ownerReference_(reference) {}
+
+ContainerIndex::ContainerIndex(TableIndexes* table) : kind_(Kind::kReferences), ownerTable_(table) {}
+
+ContainerIndex::~ContainerIndex() {
+  for (Object* object : synced_) {
+    if (object != nullptr) ObjectLinks::Remove(*object, this);
+  }
+}
+
+// Every table holding this container's reference, once per table (instance containers only).
+template <class F>
+void ContainerIndex::ForEachTable(F&& f) const {
+  if (kind_ != Kind::kInstances) return;
+  ObjectLinks::ForEachContainer(*ownerReference_, [&f](ContainerIndex* references) {
+    if (TableInstanceIndex* table = references->ownerTable_->InstancesIfMade()) f(*table);
+  });
+}
+
+void ContainerIndex::SyncAll() {
+  const std::size_t size = VectorSize();
+  synced_.assign(size, nullptr);
+  for (std::size_t p = 0; p < size; ++p) PlaceAt(static_cast<std::uint32_t>(p), VectorAt(p));
+  Resynced();
+  dirty_ = false;
+  if (synced_.size() >= kWalkBelow) BuildKeys();
+}
+
+void ContainerIndex::SyncNow() {
+  const std::size_t before = synced_.size();
+  const std::size_t after = VectorSize();
+  if (before == after) {
+    // Same size: each position that holds another object than it did is replaced where it stands.
+    for (std::size_t p = 0; p < after; ++p) {
+      Object* now = VectorAt(p);
+      if (now == synced_[p]) continue;
+      RemoveAt(static_cast<std::uint32_t>(p));
+      PlaceAt(static_cast<std::uint32_t>(p), now);
+    }
+  } else {
+    // Another size: what lies between the unchanged beginning and the unchanged end is replaced,
+    // and the end moves.
+    const std::size_t shorter = std::min(before, after);
+    std::size_t head = 0;
+    while (head < shorter && VectorAt(head) == synced_[head]) ++head;
+    std::size_t tail = 0;
+    while (tail < shorter - head && VectorAt(after - 1 - tail) == synced_[before - 1 - tail]) ++tail;
+    for (std::size_t p = head; p < before - tail; ++p) RemoveAt(static_cast<std::uint32_t>(p));
+    ShiftFrom(static_cast<std::uint32_t>(before - tail),
+              static_cast<std::int64_t>(after) - static_cast<std::int64_t>(before));
+    synced_.erase(synced_.begin() + static_cast<std::ptrdiff_t>(head),
+                  synced_.begin() + static_cast<std::ptrdiff_t>(before - tail));
+    synced_.insert(synced_.begin() + static_cast<std::ptrdiff_t>(head), after - tail - head, nullptr);
+    for (std::size_t p = head; p < after - tail; ++p) PlaceAt(static_cast<std::uint32_t>(p), VectorAt(p));
+  }
+  Resynced();
+  dirty_ = false;
+  if (!keyed_ && synced_.size() >= kWalkBelow) BuildKeys();
+}
+
+void ContainerIndex::RemoveAt(std::uint32_t p) {
+  Object* object = synced_[p];
+  if (object == nullptr) return;
+  if (kind_ == Kind::kReferences) {
+    // The table's instance index forgets this occurrence's instances while the reference still
+    // stands at its position (their table order is read from there).
+    auto& reference = static_cast<KOVAMappingPrivateReference&>(*object);
+    if (TableInstanceIndex* table = ownerTable_->InstancesIfMade()) {
+      if (InstanceVectorIndex* instances = IndexAccess::InstanceIndexIfMade(reference)) {
+        table->ContainerRemoved(*instances);
+      }
+    }
+  }
+  if (keyed_) Unkey(p, kKovaField | kPlexoField);
+  if (firstNotLocalKnown_ && firstNotLocal_ == p) firstNotLocalKnown_ = false;
+  synced_[p] = nullptr;
+  ObjectLinks::Remove(*object, this);
+  if (kind_ == Kind::kReferences) {
+    auto& reference = static_cast<KOVAMappingPrivateReference&>(*object);
+    TableInstanceIndex* table = ownerTable_->InstancesIfMade();
+    InstanceVectorIndex* instances = IndexAccess::InstanceIndexIfMade(reference);
+    if (table != nullptr && instances != nullptr && !ObjectLinks::Has(reference, this)) table->Unwatch(*instances);
+    return;
+  }
+  // One entry per occurrence of the reference in each table. The entries keep the object alive
+  // until the last one is gone; nothing reads it after that.
+  ObjectLinks::ForEach(*ownerReference_, [this, object](ContainerIndex* references, bool) {
+    if (TableInstanceIndex* table = references->ownerTable_->InstancesIfMade()) table->Removed(*object, *this);
+  });
+}
+
+void ContainerIndex::PlaceAt(std::uint32_t p, Object* object) {
+  synced_[p] = object;
+  InstanceVectorIndex* instances = nullptr;
+  TableInstanceIndex* table = kind_ == Kind::kReferences ? ownerTable_->InstancesIfMade() : nullptr;
+  if (table != nullptr) {
+    // The reference's instances are brought up to date before it joins the table, so that what
+    // they report from now on and what the table takes below are not counted twice.
+    instances = &IndexAccess::InstanceIndex(static_cast<KOVAMappingPrivateReference&>(*object));
+  }
+  ObjectLinks::Add(*object, this, handedOut_);
+  if (keyed_) Key(p, kKovaField | kPlexoField);
+  if (kind_ == Kind::kReferences) {
+    if (firstNotLocalKnown_ && !IndexAccess::IsLocal(*object) && (firstNotLocal_ == kNone || p < firstNotLocal_)) {
+      firstNotLocal_ = p;
+    }
+    if (table != nullptr) table->ContainerPlaced(*instances);
+    return;
+  }
+  ObjectLinks::ForEach(*ownerReference_, [this, p](ContainerIndex* references, bool) {
+    if (TableInstanceIndex* holder = references->ownerTable_->InstancesIfMade()) holder->Placed(*this, p);
+  });
+}
+
+void ContainerIndex::ShiftFrom(std::uint32_t from, std::int64_t delta) {
+  if (from >= synced_.size() || delta == 0) return;
+  if (keyed_) {
+    byKova_.Shift(from, delta);
+    byPlexo_.Shift(from, delta);
+  }
+  if (firstNotLocalKnown_ && firstNotLocal_ != kNone && firstNotLocal_ >= from) {
+    firstNotLocal_ = static_cast<std::uint32_t>(static_cast<std::int64_t>(firstNotLocal_) + delta);
+  }
+}
+
+void ContainerIndex::Key(std::uint32_t p, unsigned fields) {
+  const Object& object = *synced_[p];
+  if ((fields & kKovaField) != 0) {
+    const ZANUnicodeString& id = IndexAccess::KovaId(object);
+    byKova_.Insert(id, HashId(id), p, KeyAtPosition<true>{synced_}, Earlier{});
+  }
+  if ((fields & kPlexoField) != 0) {
+    const ZANUnicodeString& id = IndexAccess::PlexoId(object);
+    byPlexo_.Insert(id, HashId(id), p, KeyAtPosition<false>{synced_}, Earlier{});
+  }
+}
+
+void ContainerIndex::Unkey(std::uint32_t p, unsigned fields) {
+  const Object& object = *synced_[p];
+  if ((fields & kKovaField) != 0) {
+    const ZANUnicodeString& id = IndexAccess::KovaId(object);
+    byKova_.Erase(id, HashId(id), p, KeyAtPosition<true>{synced_}, Earlier{});
+  }
+  if ((fields & kPlexoField) != 0) {
+    const ZANUnicodeString& id = IndexAccess::PlexoId(object);
+    byPlexo_.Erase(id, HashId(id), p, KeyAtPosition<false>{synced_}, Earlier{});
+  }
+}
+
+void ContainerIndex::BuildKeys() {
+  if (synced_.size() > PositionMap::kMaxValue) return;  // walked
+  const std::size_t room = std::max(synced_.size(), expected_);
+  byKova_.Reserve(room);
+  byPlexo_.Reserve(room);
+  keyed_ = true;
+  for (std::uint32_t p = 0; p < synced_.size(); ++p) {
+    if (synced_[p] != nullptr) Key(p, kKovaField | kPlexoField);
+  }
+}
+
+void ContainerIndex::AfterOwnAppend() {
+  if (!keyed_ && synced_.size() >= kWalkBelow) BuildKeys();
+  if (kind_ == Kind::kInstances && CanGrowUnseen()) ForEachTable([this](TableInstanceIndex& t) { t.Watch(*this); });
+}
+
+void ContainerIndex::Expect(std::size_t count) {
+  if (count <= expected_) return;
+  expected_ = count;
+  synced_.reserve(count);
+  if (keyed_) {
+    byKova_.Reserve(count);
+    byPlexo_.Reserve(count);
+  }
+}
+
+void ContainerIndex::HandOut() {
+  if (!handedOut_) {
+    handedOut_ = true;
+    for (Object* object : synced_) {
+      if (object != nullptr) ObjectLinks::MarkHandedOut(*object, this);
+    }
+  }
+  if (kind_ == Kind::kInstances && CanGrowUnseen()) ForEachTable([this](TableInstanceIndex& t) { t.Watch(*this); });
+}
+
+void ContainerIndex::SlotReleased(const void* slot) {
+  if (dirty_ || editing_) return;
+  const auto at = reinterpret_cast<std::uintptr_t>(slot);
+  const auto begin = reinterpret_cast<std::uintptr_t>(syncedData_);
+  if (at >= begin && at < begin + synced_.size() * ElementSize()) MarkDirty();
+}
+
+void ContainerIndex::MarkDirty() {
+  if (dirty_) return;
+  dirty_ = true;
+  ForEachTable([this](TableInstanceIndex& t) { t.Watch(*this); });
+}
+
+void ContainerIndex::PositionsOf(const Object* object, std::vector<std::uint32_t>& out) const {
+  out.clear();
+  if (keyed_) {
+    const ZANUnicodeString& id = IndexAccess::KovaId(*object);
+    byKova_.ForEach(id, HashId(id), KeyAtPosition<true>{synced_}, [&](std::uint32_t p) {
+      if (synced_[p] == object) out.push_back(p);
+    });
+    if (!out.empty()) return;
+    // Not under its kOVA id: that id is being changed in another container's pass; the Plexo id,
+    // or at worst a walk, finds it.
+    const ZANUnicodeString& plexo = IndexAccess::PlexoId(*object);
+    byPlexo_.ForEach(plexo, HashId(plexo), KeyAtPosition<false>{synced_}, [&](std::uint32_t p) {
+      if (synced_[p] == object) out.push_back(p);
+    });
+    if (!out.empty()) return;
+  }
+  for (std::uint32_t p = 0; p < synced_.size(); ++p) {
+    if (synced_[p] == object) out.push_back(p);
+  }
+}
+
+std::uint32_t ContainerIndex::FirstPositionOf(const Object* object) const {
+  std::vector<std::uint32_t> positions;
+  PositionsOf(object, positions);
+  return positions.empty() ? kNone : *std::min_element(positions.begin(), positions.end());
+}
+
+void ContainerIndex::ObjectDying(Object& object) {
+  PositionsOf(&object, changing_);
+  for (std::uint32_t p : changing_) {
+    if (keyed_) Unkey(p, kKovaField | kPlexoField);
+    if (firstNotLocalKnown_ && firstNotLocal_ == p) firstNotLocalKnown_ = false;
+    synced_[p] = nullptr;
+  }
+  changing_.clear();
+  MarkDirty();
+}
+
+void ContainerIndex::BeforeChange(Object& object, unsigned fields) {
+  const unsigned keyFields = fields & (kKovaField | kPlexoField);
+  if (kind_ == Kind::kInstances && keyFields == 0) return;
+  // The tables first, while this container can still find the object by its ids (they may ask
+  // for its position to order entries that share an id).
+  if (keyFields != 0) ForEachTable([&](TableInstanceIndex& t) { t.BeforeChange(object, *this, keyFields); });
+  PositionsOf(&object, changing_);
+  if (keyed_ && keyFields != 0) {
+    for (std::uint32_t p : changing_) Unkey(p, keyFields);
+  }
+  if ((fields & kLocalField) != 0 && firstNotLocalKnown_ &&
+      std::find(changing_.begin(), changing_.end(), firstNotLocal_) != changing_.end()) {
+    firstNotLocalKnown_ = false;
+  }
+}
+
+void ContainerIndex::AfterChange(Object& object, unsigned fields) {
+  const unsigned keyFields = fields & (kKovaField | kPlexoField);
+  if (kind_ == Kind::kInstances && keyFields == 0) return;
+  if (keyed_ && keyFields != 0) {
+    for (std::uint32_t p : changing_) Key(p, keyFields);
+  }
+  if (kind_ == Kind::kReferences && (fields & kLocalField) != 0 && firstNotLocalKnown_ && !IndexAccess::IsLocal(object)) {
+    for (std::uint32_t p : changing_) {
+      if (firstNotLocal_ == kNone || p < firstNotLocal_) firstNotLocal_ = p;
+    }
+  }
+  changing_.clear();
+  if (keyFields != 0) ForEachTable([keyFields](TableInstanceIndex& t) { t.AfterChange(keyFields); });
+}
+
+std::uint32_t ContainerIndex::FindKova(const ZANUnicodeString& id) const {
+  if (keyed_) return byKova_.Find(id, HashId(id), KeyAtPosition<true>{synced_});
+  for (std::uint32_t p = 0; p < synced_.size(); ++p) {
+    if (IndexAccess::KovaId(*synced_[p]) == id) return p;
+  }
+  return kNone;
+}
+
+std::uint32_t ContainerIndex::FindPlexo(const ZANUnicodeString& id) const {
+  if (keyed_) return byPlexo_.Find(id, HashId(id), KeyAtPosition<false>{synced_});
+  for (std::uint32_t p = 0; p < synced_.size(); ++p) {
+    if (IndexAccess::PlexoId(*synced_[p]) == id) return p;
+  }
+  return kNone;
+}
+
+std::uint32_t ContainerIndex::FindEqual(const Object& data) const {
+  const ZANUnicodeString& kova = IndexAccess::KovaId(data);
+  const ZANUnicodeString& plexo = IndexAccess::PlexoId(data);
+  if (!keyed_) {
+    for (std::uint32_t p = 0; p < synced_.size(); ++p) {
+      if (IndexAccess::KovaId(*synced_[p]) == kova || IndexAccess::PlexoId(*synced_[p]) == plexo) return p;
+    }
+    return kNone;
+  }
+  // Both searches' first slots are fetched together, so that in a large index their two cache
+  // misses overlap.
+  const std::size_t kovaHash = HashId(kova);
+  const std::size_t plexoHash = HashId(plexo);
+  byKova_.Prefetch(kovaHash);
+  byPlexo_.Prefetch(plexoHash);
+  const std::uint32_t byKova = byKova_.Find(kova, kovaHash, KeyAtPosition<true>{synced_});
+  const std::uint32_t byPlexo = byPlexo_.Find(plexo, plexoHash, KeyAtPosition<false>{synced_});
+  return std::min(byKova, byPlexo);
+}
+
+std::uint32_t ContainerIndex::FirstNotLocal() {
+  if (!firstNotLocalKnown_) {
+    firstNotLocal_ = kNone;
+    for (std::uint32_t p = 0; p < synced_.size(); ++p) {
+      if (!IndexAccess::IsLocal(*synced_[p])) {
+        firstNotLocal_ = p;
+        break;
+      }
+    }
+    firstNotLocalKnown_ = true;
+  }
+  return firstNotLocal_;
+}
+
+std::size_t ContainerIndex::IndexBytes() const noexcept {
+  return synced_.capacity() * sizeof(Object*) + byKova_.SlotBytes() + byPlexo_.SlotBytes();
+}
+
+template <class Handle>
+KOVAMappingPrivateObject* VectorIndex<Handle>::VectorAt(std::size_t position) const noexcept {
+  return IndexAccess::MutablePointer(vector_[position]);
+}
+
+template <class Handle>
+const std::shared_ptr<KOVAMappingPrivateObject>& VectorIndex<Handle>::ShareAt(std::size_t position) const {
+  return IndexAccess::Share(vector_[position]);
+}
+
+template class VectorIndex<KOVAMappingInstance>;
+template class VectorIndex<KOVAMappingReference>;
+
+}  // namespace kova::model

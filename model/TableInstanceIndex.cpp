@@ -1,0 +1,212 @@
+#include "model/TableInstanceIndex.h"
+
+#include <algorithm>
+
+#include "model/MappingIndex.h"
+#include "model/ObjectLinks.h"
+
+namespace kova::model {
+
+// --- TableIndexes ---------------------------------------------------------------------------------
+
+TableIndexes::TableIndexes(KOVAMappingPrivateTable& table) : table_(table) {}
+
+TableIndexes::~TableIndexes() {
+  // The instance index goes first: it reads the reference index while it lets go of its entries.
+  instances_.reset();
+  references_.reset();
+}
+
+ReferenceVectorIndex& TableIndexes::References() {
+  if (!references_) {
+    references_ = std::make_unique<ReferenceVectorIndex>(this, IndexAccess::ReferenceVector(table_));
+    if (IndexAccess::ReferencesHandedOut(table_)) references_->HandOut();
+  } else {
+    references_->Sync();
+  }
+  return *references_;
+}
+
+TableInstanceIndex& TableIndexes::Instances() {
+  ReferenceVectorIndex& references = References();
+  if (!instances_) {
+    // Each reference's instances are brought up to date first, while this table has no instance
+    // index to report to: the index then takes them as they are.
+    for (KOVAMappingPrivateObject* reference : references.Synced()) {
+      IndexAccess::InstanceIndex(static_cast<KOVAMappingPrivateReference&>(*reference));
+    }
+    instances_ = std::make_unique<TableInstanceIndex>(*this);
+    instances_->Build();
+  }
+  instances_->CheckWatched();
+  return *instances_;
+}
+
+std::size_t TableIndexes::IndexBytes() const noexcept {
+  return (references_ ? references_->IndexBytes() : 0) + (instances_ ? instances_->IndexBytes() : 0);
+}
+
+// --- TableInstanceIndex ---------------------------------------------------------------------------
+
+template <bool kKova>
+const ZANUnicodeString& TableInstanceIndex::KeyAt<kKova>::operator()(std::uint32_t entry) const {
+  const KOVAMappingPrivateObject& object = *index->entries_[entry].object;
+  return kKova ? IndexAccess::KovaId(object) : IndexAccess::PlexoId(object);
+}
+
+// Table order: the position of the entries' references in the table, then the position of the
+// instances in their reference. Only ever asked for entries that share an id.
+bool TableInstanceIndex::IsEarlier::operator()(std::uint32_t a, std::uint32_t b) const {
+  const Entry& x = index->entries_[a];
+  const Entry& y = index->entries_[b];
+  if (x.container != y.container) {
+    const ReferenceVectorIndex& references = *index->table_.ReferencesIfMade();
+    const std::uint32_t rx = references.FirstPositionOf(x.container->OwnerReference());
+    const std::uint32_t ry = references.FirstPositionOf(y.container->OwnerReference());
+    if (rx != ry) return rx < ry;
+  }
+  return x.container->FirstPositionOf(x.object.get()) < y.container->FirstPositionOf(y.object.get());
+}
+
+void TableInstanceIndex::Build() {
+  const ReferenceVectorIndex& references = *table_.ReferencesIfMade();
+  std::size_t total = 0;
+  for (KOVAMappingPrivateObject* reference : references.Synced()) {
+    total += IndexAccess::InstanceIndexIfMade(static_cast<KOVAMappingPrivateReference&>(*reference))->Synced().size();
+  }
+  entries_.reserve(total);
+  byKova_.Reserve(total);
+  byPlexo_.Reserve(total);
+  for (KOVAMappingPrivateObject* reference : references.Synced()) {
+    ContainerPlaced(*IndexAccess::InstanceIndexIfMade(static_cast<KOVAMappingPrivateReference&>(*reference)));
+  }
+}
+
+void TableInstanceIndex::Add(std::shared_ptr<KOVAMappingPrivateObject> object, ContainerIndex& container) {
+  std::uint32_t entry;
+  if (!free_.empty()) {
+    entry = free_.back();
+    free_.pop_back();
+    entries_[entry] = Entry{std::move(object), &container};
+  } else {
+    entry = static_cast<std::uint32_t>(entries_.size());
+    entries_.push_back(Entry{std::move(object), &container});
+  }
+  Key(entry, kKovaField | kPlexoField);
+}
+
+void TableInstanceIndex::Key(std::uint32_t entry, unsigned fields) {
+  const KOVAMappingPrivateObject& object = *entries_[entry].object;
+  if ((fields & kKovaField) != 0) {
+    const ZANUnicodeString& id = IndexAccess::KovaId(object);
+    byKova_.Insert(id, HashId(id), entry, KeyAt<true>{this}, IsEarlier{this});
+  }
+  if ((fields & kPlexoField) != 0) {
+    const ZANUnicodeString& id = IndexAccess::PlexoId(object);
+    byPlexo_.Insert(id, HashId(id), entry, KeyAt<false>{this}, IsEarlier{this});
+  }
+}
+
+void TableInstanceIndex::Unkey(std::uint32_t entry, unsigned fields) {
+  const KOVAMappingPrivateObject& object = *entries_[entry].object;
+  if ((fields & kKovaField) != 0) {
+    const ZANUnicodeString& id = IndexAccess::KovaId(object);
+    byKova_.Erase(id, HashId(id), entry, KeyAt<true>{this}, IsEarlier{this});
+  }
+  if ((fields & kPlexoField) != 0) {
+    const ZANUnicodeString& id = IndexAccess::PlexoId(object);
+    byPlexo_.Erase(id, HashId(id), entry, KeyAt<false>{this}, IsEarlier{this});
+  }
+}
+
+std::uint32_t TableInstanceIndex::EntryOf(const KOVAMappingPrivateObject& object, const ContainerIndex& container) const {
+  std::uint32_t found = PositionMap::kNone;
+  const ZANUnicodeString& id = IndexAccess::KovaId(object);
+  byKova_.ForEach(id, HashId(id), KeyAt<true>{this}, [&](std::uint32_t entry) {
+    if (found == PositionMap::kNone && entries_[entry].object.get() == &object && entries_[entry].container == &container) {
+      found = entry;
+    }
+  });
+  return found;
+}
+
+void TableInstanceIndex::Placed(ContainerIndex& container, std::uint32_t position) {
+  Add(container.ShareAt(position), container);
+}
+
+void TableInstanceIndex::Removed(KOVAMappingPrivateObject& object, ContainerIndex& container) {
+  const std::uint32_t entry = EntryOf(object, container);
+  if (entry == PositionMap::kNone) return;
+  Unkey(entry, kKovaField | kPlexoField);
+  // Let go of the object last: this may be its last owner.
+  std::shared_ptr<KOVAMappingPrivateObject> released = std::move(entries_[entry].object);
+  entries_[entry].container = nullptr;
+  free_.push_back(entry);
+}
+
+void TableInstanceIndex::ContainerPlaced(ContainerIndex& container) {
+  const std::vector<KOVAMappingPrivateObject*>& synced = container.Synced();
+  for (std::uint32_t p = 0; p < synced.size(); ++p) {
+    if (synced[p] != nullptr) Placed(container, p);
+  }
+  if (container.NeedsSync() || container.CanGrowUnseen()) Watch(container);
+}
+
+void TableInstanceIndex::ContainerRemoved(ContainerIndex& container) {
+  for (KOVAMappingPrivateObject* object : container.Synced()) {
+    if (object != nullptr) Removed(*object, container);
+  }
+}
+
+void TableInstanceIndex::BeforeChange(KOVAMappingPrivateObject& object, ContainerIndex& container, unsigned fields) {
+  // Every entry of object in container (one per occurrence of each), gathered before any is unkeyed.
+  const std::size_t from = changing_.size();
+  const ZANUnicodeString& id = IndexAccess::KovaId(object);
+  byKova_.ForEach(id, HashId(id), KeyAt<true>{this}, [&](std::uint32_t entry) {
+    if (entries_[entry].object.get() == &object && entries_[entry].container == &container) changing_.push_back(entry);
+  });
+  for (std::size_t i = from; i < changing_.size(); ++i) Unkey(changing_[i], fields);
+}
+
+void TableInstanceIndex::AfterChange(unsigned fields) {
+  for (std::uint32_t entry : changing_) Key(entry, fields);
+  changing_.clear();
+}
+
+void TableInstanceIndex::Watch(ContainerIndex& container) {
+  if (std::find(watched_.begin(), watched_.end(), &container) == watched_.end()) watched_.push_back(&container);
+}
+
+void TableInstanceIndex::Unwatch(ContainerIndex& container) {
+  const auto found = std::find(watched_.begin(), watched_.end(), &container);
+  if (found != watched_.end()) watched_.erase(found);
+}
+
+void TableInstanceIndex::CheckWatched() {
+  for (std::size_t i = 0; i < watched_.size();) {
+    ContainerIndex* container = watched_[i];
+    container->Sync();
+    if (i < watched_.size() && watched_[i] == container && !container->CanGrowUnseen()) {
+      watched_.erase(watched_.begin() + static_cast<std::ptrdiff_t>(i));
+    } else {
+      ++i;
+    }
+  }
+}
+
+const std::shared_ptr<KOVAMappingPrivateObject>* TableInstanceIndex::FindKova(const ZANUnicodeString& id) const {
+  const std::uint32_t entry = byKova_.Find(id, HashId(id), KeyAt<true>{this});
+  return entry == PositionMap::kNone ? nullptr : &entries_[entry].object;
+}
+
+const std::shared_ptr<KOVAMappingPrivateObject>* TableInstanceIndex::FindPlexo(const ZANUnicodeString& id) const {
+  const std::uint32_t entry = byPlexo_.Find(id, HashId(id), KeyAt<false>{this});
+  return entry == PositionMap::kNone ? nullptr : &entries_[entry].object;
+}
+
+std::size_t TableInstanceIndex::IndexBytes() const noexcept {
+  return entries_.capacity() * sizeof(Entry) + free_.capacity() * sizeof(std::uint32_t) + byKova_.SlotBytes() +
+         byPlexo_.SlotBytes();
+}
+
+}  // namespace kova::model
