@@ -92,32 +92,33 @@ void ContainerIndex::SyncNow() {
 void ContainerIndex::RemoveAt(std::uint32_t p) {
   Object* object = synced_[p];
   if (object == nullptr) return;
-  if (kind_ == Kind::kReferences) {
-    // The table's instance index forgets this occurrence's instances while the reference still
-    // stands at its position (their table order is read from there).
-    auto& reference = static_cast<KOVAMappingPrivateReference&>(*object);
-    if (TableInstanceIndex* table = ownerTable_->InstancesIfMade()) {
-      if (InstanceVectorIndex* instances = IndexAccess::InstanceIndexIfMade(reference)) {
-        table->ContainerRemoved(*instances);
-      }
-    }
-  }
+  // The position is emptied first: from here on the object's table order is that of its next
+  // occurrence in this container, if it has one.
   if (keyed_) Unkey(p, kKovaField | kPlexoField);
   if (firstNotLocalKnown_ && firstNotLocal_ == p) firstNotLocalKnown_ = false;
   synced_[p] = nullptr;
   ObjectLinks::Remove(*object, this);
+  const bool stillHeld = ObjectLinks::Has(*object, this);
   if (kind_ == Kind::kReferences) {
     auto& reference = static_cast<KOVAMappingPrivateReference&>(*object);
     TableInstanceIndex* table = ownerTable_->InstancesIfMade();
     InstanceVectorIndex* instances = IndexAccess::InstanceIndexIfMade(reference);
-    if (table != nullptr && instances != nullptr && !ObjectLinks::Has(reference, this)) table->Unwatch(*instances);
+    if (table == nullptr || instances == nullptr) return;
+    // One set of entries per occurrence of the reference in the table.
+    table->ContainerRemoved(*instances);
+    if (stillHeld) {
+      table->Reseat(*instances, nullptr);
+    } else {
+      table->Unwatch(*instances);
+    }
     return;
   }
   // One entry per occurrence of the reference in each table. The entries keep the object alive
-  // until the last one is gone; nothing reads it after that.
+  // until the last one is gone; nothing reads it after that unless it is still held here.
   ObjectLinks::ForEach(*ownerReference_, [this, object](ContainerIndex* references, bool) {
     if (TableInstanceIndex* table = references->ownerTable_->InstancesIfMade()) table->Removed(*object, *this);
   });
+  if (stillHeld) ForEachTable([this, object](TableInstanceIndex& t) { t.Reseat(*this, object); });
 }
 
 void ContainerIndex::PlaceAt(std::uint32_t p, Object* object) {
@@ -189,7 +190,7 @@ void ContainerIndex::BuildKeys() {
   }
 }
 
-void ContainerIndex::AfterOwnAppend() {
+void ContainerIndex::AfterOwnEdit() {
   if (!keyed_ && synced_.size() >= kWalkBelow) BuildKeys();
   if (kind_ == Kind::kInstances && CanGrowUnseen()) ForEachTable([this](TableInstanceIndex& t) { t.Watch(*this); });
 }

@@ -128,7 +128,9 @@ class ContainerIndex {
   // Positions at or after from move by delta in the maps and the root position.
   void ShiftFrom(std::uint32_t from, std::int64_t delta);
   void BuildKeys();
-  void AfterOwnAppend();
+  // After the owner changed the vector or its capacity: keys built once the vector is long enough,
+  // and the tables told when the vector can now grow unseen.
+  void AfterOwnEdit();
   // The vector's buffer changed through the owner's own code.
   void Resynced() noexcept { syncedData_ = VectorData(); }
 
@@ -188,7 +190,7 @@ class VectorIndex final : public ContainerIndex {
     Resynced();
     synced_.push_back(nullptr);
     PlaceAt(static_cast<std::uint32_t>(synced_.size() - 1), VectorAt(synced_.size() - 1));
-    AfterOwnAppend();
+    AfterOwnEdit();
   }
 
   // Removes the element at position (the container must be synced).
@@ -201,6 +203,7 @@ class VectorIndex final : public ContainerIndex {
       vector_.erase(vector_.begin() + position);
     }
     Resynced();
+    AfterOwnEdit();
   }
 
   // Room for count elements in the vector and the index (only capacity changes).
@@ -211,6 +214,7 @@ class VectorIndex final : public ContainerIndex {
     }
     Resynced();
     Expect(count);
+    AfterOwnEdit();
   }
 
   // Replaces the whole vector (assignment of the owner): the index syncs against the new content.
@@ -220,6 +224,7 @@ class VectorIndex final : public ContainerIndex {
       vector_ = other;
     }
     SyncNow();
+    AfterOwnEdit();
   }
 
   const std::shared_ptr<KOVAMappingPrivateObject>& ShareAt(std::size_t position) const override;

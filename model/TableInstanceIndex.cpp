@@ -158,6 +158,28 @@ void TableInstanceIndex::ContainerRemoved(ContainerIndex& container) {
   }
 }
 
+void TableInstanceIndex::Reseat(ContainerIndex& container, const KOVAMappingPrivateObject* object) {
+  std::vector<std::uint32_t> entries;
+  const auto gather = [&](const KOVAMappingPrivateObject& one) {
+    const ZANUnicodeString& id = IndexAccess::KovaId(one);
+    byKova_.ForEach(id, HashId(id), KeyAt<true>{this}, [&](std::uint32_t entry) {
+      if (entries_[entry].object.get() == &one && entries_[entry].container == &container &&
+          std::find(entries.begin(), entries.end(), entry) == entries.end()) {
+        entries.push_back(entry);
+      }
+    });
+  };
+  if (object != nullptr) {
+    gather(*object);
+  } else {
+    for (const KOVAMappingPrivateObject* one : container.Synced()) {
+      if (one != nullptr) gather(*one);
+    }
+  }
+  for (std::uint32_t entry : entries) Unkey(entry, kKovaField | kPlexoField);
+  for (std::uint32_t entry : entries) Key(entry, kKovaField | kPlexoField);
+}
+
 void TableInstanceIndex::BeforeChange(KOVAMappingPrivateObject& object, ContainerIndex& container, unsigned fields) {
   // Every entry of object in container (one per occurrence of each), gathered before any is unkeyed.
   const std::size_t from = changing_.size();

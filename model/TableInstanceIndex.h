@@ -79,6 +79,9 @@ class TableInstanceIndex {
   // table's references.
   void ContainerPlaced(ContainerIndex& container);
   void ContainerRemoved(ContainerIndex& container);
+  // The entries of container (of object only, when it is given) take their places again: the
+  // table order of an object or reference that stays after one of its occurrences left has moved.
+  void Reseat(ContainerIndex& container, const KOVAMappingPrivateObject* object);
   // Around a change of object's ids; object is in container.
   void BeforeChange(KOVAMappingPrivateObject& object, ContainerIndex& container, unsigned fields);
   void AfterChange(unsigned fields);

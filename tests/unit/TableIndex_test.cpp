@@ -1,10 +1,12 @@
 // The model's indexes against the plain walks.
 //
 // Random sequences of operations go through every way the content of a table can change: the
-// table's and the references' own members, id and is-local setters on shared handles, assignments
-// of private objects, handles and tables, in-place edits of the vectors handed out by
-// GetReferences() and GetInstances(), references shared by two tables, copies of private tables,
-// and room reserved ahead in the containers.
+// table's and the references' own members, id and is-local setters on shared handles (kept by the
+// caller, found in the table, or taken from GetContent()), assignments of private objects, handles
+// and tables, in-place edits of the vectors handed out by GetReferences() and GetInstances() (right
+// away, or many steps later through a vector the caller kept), instances shared by two references
+// and references shared by two tables, removals and re-additions, copies of private tables, and
+// room reserved ahead in the containers.
 // Before each operation the expected answer is worked out here by walking the current containers
 // with the documented algorithms; the library's answer (status, out handle, resulting content) must
 // be the same. The containers are read through the model's read-only access, which does not hand
@@ -17,6 +19,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <random>
@@ -84,6 +87,7 @@ class Sequence {
   std::size_t largestTable = 0;
   std::size_t longestInstances = 0;
   int handOuts = 0;
+  int lateEdits = 0;
 
  private:
   std::uint32_t Pick(std::uint32_t n) { return static_cast<std::uint32_t>(random_() % n); }
@@ -128,7 +132,7 @@ class Sequence {
     largestTable = std::max(largestTable, before.size());
     for (const auto& entry : before) longestInstances = std::max(longestInstances, entry.second.size());
     const auto& refs = Refs(table);
-    switch (Pick(31)) {
+    switch (Pick(37)) {
       case 0: case 1: case 2: case 3: case 4: case 5: {  // AddReference
         KOVAMappingReference reference = Chance(80) ? NewReference() : AnyReference();
         const bool refused = FirstSame(refs, reference) >= 0 || (FirstNotLocal(refs) >= 0 && !reference.GetIsLocal());
@@ -225,24 +229,85 @@ class Sequence {
       case 24: {  // the caller adds to or removes from a reference directly (maybe shared)
         KOVAMappingReference reference = AnyReference();
         if (Chance(70)) {
-          reference.AddInstance(Chance(80) ? NewInstance() : AnyInstance());
+          const std::size_t count = Insts(reference).size();
+          KOVAMappingInstance instance = Chance(80) ? NewInstance() : AnyInstance();
+          const bool refused = FirstSame(Insts(reference), instance) >= 0;
+          ASSERT_EQ(reference.AddInstance(instance), refused ? E_FAIL : S_OK) << "step " << step_;
+          ASSERT_EQ(Insts(reference).size(), count + (refused ? 0 : 1));
+          if (!refused) ASSERT_EQ(IndexAccess::Pointer(Insts(reference).back()), IndexAccess::Pointer(instance));
         } else {
-          reference.RemoveInstance(AnyInstance());
+          KOVAMappingInstance instance = AnyInstance();
+          const int at = FirstSame(Insts(reference), instance);
+          std::vector<const void*> expected;
+          for (const KOVAMappingInstance& i : Insts(reference)) expected.push_back(IndexAccess::Pointer(i));
+          if (at >= 0) expected.erase(expected.begin() + at);
+          ASSERT_EQ(reference.RemoveInstance(instance), at >= 0 ? S_OK : E_FAIL) << "step " << step_;
+          std::vector<const void*> now;
+          for (const KOVAMappingInstance& i : Insts(reference)) now.push_back(IndexAccess::Pointer(i));
+          ASSERT_EQ(now, expected) << "step " << step_;
         }
         break;
       }
-      case 25: {  // in-place edits of a handed-out instance vector (rare: it ends indexing there)
-        if (!Chance(15)) break;
+      case 25: {  // in-place edits of a handed-out instance vector, which the caller may keep
         ++handOuts;
-        std::vector<KOVAMappingInstance>& instances = AnyReference().GetInstances();
-        EditInPlace(instances, [this] { return Chance(70) ? NewInstance() : AnyInstance(); });
+        KOVAMappingReference holder = AnyReference();
+        std::vector<KOVAMappingInstance>& instances = holder.GetInstances();
+        if (Chance(60)) EditInPlace(instances, [this] { return Chance(70) ? NewInstance() : AnyInstance(); });
+        if (Chance(40)) keptInstances_.emplace_back(holder, &instances);
         break;
       }
-      case 26: {  // in-place edits of a handed-out reference vector (rare)
-        if (!Chance(8)) break;
+      case 26: {  // in-place edits of a handed-out reference vector, which the caller may keep
         ++handOuts;
         std::vector<KOVAMappingReference>& references = table.GetReferences();
-        EditInPlace(references, [this] { return Chance(70) ? NewReference() : AnyReference(); });
+        if (Chance(50)) EditInPlace(references, [this] { return Chance(70) ? NewReference() : AnyReference(); });
+        if (Chance(30)) keptReferences_.emplace_back(table, &references);
+        break;
+      }
+      case 31: case 32: {  // a vector handed out long ago, changed now
+        if (!keptInstances_.empty() && Chance(60)) {
+          auto& kept = keptInstances_[Pick(static_cast<std::uint32_t>(keptInstances_.size()))];
+          EditInPlace(*kept.second, [this] { return Chance(70) ? NewInstance() : AnyInstance(); });
+          ++lateEdits;
+        } else if (!keptReferences_.empty()) {
+          auto& kept = keptReferences_[Pick(static_cast<std::uint32_t>(keptReferences_.size()))];
+          EditInPlace(*kept.second, [this] { return Chance(70) ? NewReference() : AnyReference(); });
+          ++lateEdits;
+        }
+        break;
+      }
+      case 33: {  // ids changed through the handles of a GetContent() view
+        std::vector<KOVAMappingObject> content = table.GetContent();
+        if (content.empty()) break;
+        for (int n = 0; n < 3; ++n) {
+          KOVAMappingObject& object = content[Pick(static_cast<std::uint32_t>(content.size()))];
+          if (Chance(50)) object.SetKOVAID(Id("k")); else object.SetPlexoID(Id("p"));
+        }
+        CheckSame(before, table);
+        break;
+      }
+      case 34: {  // a reference removed and added back (it goes to the end when it is accepted)
+        if (refs.empty()) break;
+        KOVAMappingReference reference = refs[Pick(static_cast<std::uint32_t>(refs.size()))];
+        ASSERT_EQ(table.RemoveReference(reference), S_OK) << "step " << step_;
+        const auto& now = Refs(table);
+        const bool refused = FirstSame(now, reference) >= 0 || (FirstNotLocal(now) >= 0 && !reference.GetIsLocal());
+        ASSERT_EQ(table.AddReference(reference), refused ? E_FAIL : S_OK) << "step " << step_;
+        break;
+      }
+      case 36: {  // a burst of new instances under one reference, so that long vectors are indexed
+        if (refs.empty()) break;
+        KOVAMappingReference reference = refs[Pick(static_cast<std::uint32_t>(refs.size()))];
+        for (int n = 0; n < 24; ++n) {
+          KOVAMappingInstance instance = NewInstance();
+          const int r = FirstSame(Refs(table), reference);
+          const bool accepted = FirstSame(Insts(Refs(table)[r]), instance) < 0;
+          ASSERT_EQ(table.AddInstance(instance, reference), accepted ? S_OK : E_FAIL) << "step " << step_;
+        }
+        break;
+      }
+      case 35: {  // is-local of an instance, through its private object (no index keys on it)
+        KOVAPrivateAccess::GetPrivate(AnyInstance())->SetIsLocal(Chance(50));
+        CheckSame(before, table);
         break;
       }
       case 27: {  // handle assignments: sharing (reference, instance) and detaching (object)
@@ -283,7 +348,7 @@ class Sequence {
         ASSERT_EQ(Take(table), before) << "step " << step_;
         break;
       }
-      default: {  // a reference of this table added to another table, then changed through it
+      case 30: {  // a reference of this table added to another table, then changed through it
         if (tables_.size() < 3) tables_.emplace_back();
         KOVAMappingTable& other = AnyTable();
         if (!refs.empty()) {
@@ -297,30 +362,103 @@ class Sequence {
     }
     CheckLookUps(table);
     if (step_ % 4 == 0) CheckLookUps(AnyTable());
+    // Now and then every id held in every table is looked up.
+    if (step_ % 100 == 99) {
+      for (KOVAMappingTable& each : tables_) CheckEveryId(each);
+    }
+  }
+
+  // Looks up every kOVA id and Plexo id of the table's instances and references and compares with
+  // the walks.
+  void CheckEveryId(KOVAMappingTable& table) {
+    const auto& refs = Refs(table);
+    const auto firstInstance = [&](bool byKova, const ZANUnicodeString& id) -> const void* {
+      for (const KOVAMappingReference& r : refs) {
+        for (const KOVAMappingInstance& i : Insts(r)) {
+          if ((byKova ? IndexAccess::KovaId(i) : IndexAccess::PlexoId(i)) == id) return IndexAccess::Pointer(i);
+        }
+      }
+      return nullptr;
+    };
+    const auto firstReference = [&](bool byKova, const ZANUnicodeString& id) -> const void* {
+      for (const KOVAMappingReference& r : refs) {
+        if ((byKova ? IndexAccess::KovaId(r) : IndexAccess::PlexoId(r)) == id) return IndexAccess::Pointer(r);
+      }
+      return nullptr;
+    };
+    for (const KOVAMappingReference& held : refs) {
+      for (int byKova = 0; byKova < 2; ++byKova) {
+        const ZANUnicodeString id = byKova ? IndexAccess::KovaId(held) : IndexAccess::PlexoId(held);
+        KOVAMappingReference out;
+        ASSERT_EQ(byKova ? table.GetReferenceFromKOVAId(id, out) : table.GetReferenceFromPlexoId(id, out), S_OK);
+        ASSERT_EQ(IndexAccess::Pointer(out), firstReference(byKova, id)) << "step " << step_;
+      }
+      for (const KOVAMappingInstance& instance : Insts(held)) {
+        for (int byKova = 0; byKova < 2; ++byKova) {
+          const ZANUnicodeString id = byKova ? IndexAccess::KovaId(instance) : IndexAccess::PlexoId(instance);
+          KOVAMappingInstance out;
+          ASSERT_EQ(byKova ? table.GetInstanceFromKOVAId(id, out) : table.GetInstanceFromPlexoId(id, out), S_OK);
+          ASSERT_EQ(IndexAccess::Pointer(out), firstInstance(byKova, id)) << "step " << step_;
+        }
+      }
+    }
   }
 
   template <class Handle, class Make>
   void EditInPlace(std::vector<Handle>& handles, Make make) {
-    switch (Pick(6)) {
+    const auto any = [&] { return Pick(static_cast<std::uint32_t>(handles.size())); };
+    switch (Pick(11)) {
       case 0: handles.push_back(make()); break;
-      case 1: if (!handles.empty()) handles.erase(handles.begin() + Pick(static_cast<std::uint32_t>(handles.size()))); break;
-      case 2: if (!handles.empty()) handles[Pick(static_cast<std::uint32_t>(handles.size()))] = make(); break;
-      case 3: if (handles.size() > 1) std::swap(handles.front(), handles.back()); break;
+      case 1: if (!handles.empty()) handles.erase(handles.begin() + any()); break;
+      case 2: if (!handles.empty()) handles[any()] = make(); break;
+      case 3: if (handles.size() > 1) std::swap(handles[any()], handles[any()]); break;
       case 4: if (Chance(20)) handles.clear(); break;
+      case 5:  // sorted by kOVA id, then Plexo id
+        std::sort(handles.begin(), handles.end(), [](const Handle& a, const Handle& b) {
+          return std::make_pair(IndexAccess::KovaId(a).View(), IndexAccess::PlexoId(a).View()) <
+                 std::make_pair(IndexAccess::KovaId(b).View(), IndexAccess::PlexoId(b).View());
+        });
+        break;
+      case 6:  // the last element replaced at the same size, in the same buffer
+        if (!handles.empty()) {
+          handles.pop_back();
+          handles.push_back(make());
+        }
+        break;
+      case 7: handles.insert(handles.begin() + (handles.empty() ? 0 : any()), make()); break;
+      case 8: std::reverse(handles.begin(), handles.end()); break;
+      case 9:  // an element's handle copied onto another position: the same object twice
+        if (!handles.empty()) handles[any()] = Handle(handles[any()]);
+        break;
       default:  // KOVAMappingObject::operator= on a stored handle: a fresh private object in place
         if (!handles.empty()) {
-          KOVAMappingObject& stored = handles[Pick(static_cast<std::uint32_t>(handles.size()))];
+          KOVAMappingObject& stored = handles[any()];
           stored = make();
         }
         break;
     }
   }
 
+  // An id to look up: one held by an object of the table, or a random one (mostly absent).
+  ZANUnicodeString LookUpId(KOVAMappingTable& table, bool kova) {
+    const auto& refs = Refs(table);
+    if (!refs.empty() && Chance(60)) {
+      const KOVAMappingReference& reference = refs[Pick(static_cast<std::uint32_t>(refs.size()))];
+      const auto& instances = Insts(reference);
+      if (!instances.empty() && Chance(70)) {
+        const KOVAMappingInstance& instance = instances[Pick(static_cast<std::uint32_t>(instances.size()))];
+        return kova ? IndexAccess::KovaId(instance) : IndexAccess::PlexoId(instance);
+      }
+      return kova ? IndexAccess::KovaId(reference) : IndexAccess::PlexoId(reference);
+    }
+    return Id(kova ? "k" : "p");
+  }
+
   void CheckLookUps(KOVAMappingTable& table) {
     const auto& refs = Refs(table);
-    for (int round = 0; round < 1; ++round) {
-      const ZANUnicodeString kova = Id("k");
-      const ZANUnicodeString plexo = Id("p");
+    for (int round = 0; round < 2; ++round) {
+      const ZANUnicodeString kova = LookUpId(table, true);
+      const ZANUnicodeString plexo = LookUpId(table, false);
       // References by id.
       for (int byKova = 0; byKova < 2; ++byKova) {
         const void* expected = nullptr;
@@ -372,13 +510,18 @@ class Sequence {
   std::deque<KOVAMappingTable> tables_ = std::deque<KOVAMappingTable>(1);
   std::vector<KOVAMappingReference> references_;
   std::vector<KOVAMappingInstance> instances_;
+  // Vectors handed out earlier and kept, with what keeps their owners alive.
+  std::vector<std::pair<KOVAMappingReference, std::vector<KOVAMappingInstance>*>> keptInstances_;
+  std::vector<std::pair<KOVAMappingTable, std::vector<KOVAMappingReference>*>> keptReferences_;
 };
 
 TEST(TableIndex, RandomSequencesAnswerAsThePlainWalks) {
   std::size_t largest = 0;
   std::size_t longest = 0;
   int handOuts = 0;
+  int lateEdits = 0;
   for (std::uint32_t seed = 1; seed <= 300 && !HasFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
     Sequence sequence(seed);
     // Every tenth sequence is long, so that tables and instance vectors grow well past the length
     // from which they are indexed.
@@ -386,11 +529,14 @@ TEST(TableIndex, RandomSequencesAnswerAsThePlainWalks) {
     largest = std::max(largest, sequence.largestTable);
     longest = std::max(longest, sequence.longestInstances);
     handOuts += sequence.handOuts;
+    lateEdits += sequence.lateEdits;
   }
-  // The sequences reach tables large enough to be indexed, and also go through handed-out vectors.
+  // The sequences reach tables large enough to be indexed, and also go through handed-out vectors,
+  // changed at once and long after.
   EXPECT_GE(largest, 3 * kova::model::kWalkBelow);
   EXPECT_GE(longest, 2 * kova::model::kWalkBelow);
-  EXPECT_GT(handOuts, 50);
+  EXPECT_GT(handOuts, 1000);
+  EXPECT_GT(lateEdits, 500);
 }
 
 // A table large enough to be indexed: 40 local references r<n>/pr<n>, the first holding 40
