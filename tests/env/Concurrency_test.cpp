@@ -6,11 +6,14 @@
 //   ConcurrentWork      "DONOTUSE_ENABLEKSSGEN" set, the logger off
 #include <KOVAMappingServices/KOVALogger.h>
 #include <KOVAMappingServices/KOVAMappingParser.h>
+#include <KOVAMappingServices/KOVAMappingTable.h>
+#include <KOVAMappingServices/KOVAPrivateAccess.h>
 #include <KOVAMappingServices/KOVASynchroStampServices.h>
 #include <KOVAMappingServices/ZANKnowledge.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <string>
 #include <vector>
@@ -116,6 +119,72 @@ TEST(ConcurrentWork, StampsOfTheSameValuesAgreeAcrossThreads) {
     }
   });
   for (int i = 0; i < kThreads; ++i) EXPECT_EQ(stamps[i], kova::test::kEveryKindStamp) << i;
+}
+
+bool SameObject(const KOVAMappingInstance& a, const KOVAMappingInstance& b) {
+  return KOVAPrivateAccess::GetPrivate(a) == KOVAPrivateAccess::GetPrivate(b);
+}
+
+// The first instance of the table with that Plexo id, by walking.
+const KOVAMappingInstance* WalkPlexo(const KOVAMappingTable& table, const std::string& id) {
+  for (const KOVAMappingReference& reference : table.GetReferences()) {
+    for (const KOVAMappingInstance& instance : reference.GetInstances()) {
+      if (instance.GetPlexoID().ConvertToChar() == id) return &instance;
+    }
+  }
+  return nullptr;
+}
+
+// The synchronisation loop of a host on its own table: find an instance, give it a new Plexo id and
+// stamp, find it again by the new id; now and then list the table and change a handed-out vector
+// in place. Returns the number of answers that differ from the walk.
+int SyncOwnTable(int thread) {
+  const std::string tag = "t" + std::to_string(thread) + "-";
+  KOVAMappingTable table;
+  for (int r = 0; r < 30; ++r) {
+    KOVAMappingReference reference(ZANUnicodeString(tag + "r" + std::to_string(r)),
+                                   ZANUnicodeString(tag + "pr" + std::to_string(r)), "V2:s", "null", r != 0);
+    if (table.AddReference(reference) != S_OK) return 1000;
+    for (int i = 0; i < 20; ++i) {
+      const std::string id = tag + std::to_string(r) + "." + std::to_string(i);
+      KOVAMappingInstance instance(ZANUnicodeString(id), ZANUnicodeString("p" + id), "V2:s", "R", "null", false);
+      if (table.AddInstance(instance, reference) != S_OK) return 1000;
+    }
+  }
+  int wrong = 0;
+  for (int step = 0; step < 600; ++step) {
+    const int r = step % 30;
+    const std::string id = tag + std::to_string(r) + "." + std::to_string(step % 20);
+    KOVAMappingInstance found;
+    if (table.GetInstanceFromKOVAId(ZANUnicodeString(id), found) != S_OK) {
+      ++wrong;
+      continue;
+    }
+    const std::string plexo = "q" + std::to_string(step) + id;
+    found.SetPlexoID(ZANUnicodeString(plexo));
+    found.SetKSStamp("V3:new");
+    KOVAMappingInstance again;
+    if (table.GetInstanceFromPlexoId(ZANUnicodeString(plexo), again) != S_OK || !SameObject(again, found)) ++wrong;
+    if (step % 50 == 0) {
+      // Listed and changed in place: the reference's instances reversed.
+      std::vector<KOVAMappingInstance>& instances = table.GetReferences()[static_cast<std::size_t>(r)].GetInstances();
+      std::reverse(instances.begin(), instances.end());
+      const KOVAMappingInstance* walked = WalkPlexo(table, plexo);
+      KOVAMappingInstance after;
+      if (walked == nullptr || table.GetInstanceFromPlexoId(ZANUnicodeString(plexo), after) != S_OK ||
+          !SameObject(after, *walked)) {
+        ++wrong;
+      }
+    }
+  }
+  return wrong;
+}
+
+TEST(ConcurrentWork, TwoThreadsEditAndLookUpTablesThatShareNoObject) {
+  std::vector<int> wrong(2, -1);
+  kova::test::RunTogether(2, [&](int i) { wrong[static_cast<std::size_t>(i)] = SyncOwnTable(i); });
+  EXPECT_EQ(wrong[0], 0);
+  EXPECT_EQ(wrong[1], 0);
 }
 
 TEST(ConcurrentWork, SharedHandlesCountedAcrossThreads) {
