@@ -54,7 +54,7 @@ void ContainerIndex::SyncAll() {
   for (std::size_t p = 0; p < size; ++p) PlaceAt(static_cast<std::uint32_t>(p), VectorAt(p));
   Resynced();
   dirty_ = false;
-  if (synced_.size() >= kWalkBelow) BuildKeys();
+  KeysIfWanted();
 }
 
 void ContainerIndex::SyncNow() {
@@ -86,7 +86,7 @@ void ContainerIndex::SyncNow() {
   }
   Resynced();
   dirty_ = false;
-  if (!keyed_ && synced_.size() >= kWalkBelow) BuildKeys();
+  KeysIfWanted();
 }
 
 void ContainerIndex::RemoveAt(std::uint32_t p) {
@@ -94,7 +94,7 @@ void ContainerIndex::RemoveAt(std::uint32_t p) {
   if (object == nullptr) return;
   // The position is emptied first: from here on the object's table order is that of its next
   // occurrence in this container, if it has one.
-  if (keyed_) Unkey(p, kKovaField | kPlexoField);
+  if (keys_) Unkey(p, kKovaField | kPlexoField);
   if (firstNotLocalKnown_ && firstNotLocal_ == p) firstNotLocalKnown_ = false;
   synced_[p] = nullptr;
   ObjectLinks::Remove(*object, this);
@@ -131,7 +131,7 @@ void ContainerIndex::PlaceAt(std::uint32_t p, Object* object) {
     instances = &IndexAccess::InstanceIndex(static_cast<KOVAMappingPrivateReference&>(*object));
   }
   ObjectLinks::Add(*object, this, handedOut_);
-  if (keyed_) Key(p, kKovaField | kPlexoField);
+  if (keys_) Key(p, kKovaField | kPlexoField);
   if (kind_ == Kind::kReferences) {
     if (firstNotLocalKnown_ && !IndexAccess::IsLocal(*object) && (firstNotLocal_ == kNone || p < firstNotLocal_)) {
       firstNotLocal_ = p;
@@ -146,9 +146,9 @@ void ContainerIndex::PlaceAt(std::uint32_t p, Object* object) {
 
 void ContainerIndex::ShiftFrom(std::uint32_t from, std::int64_t delta) {
   if (from >= synced_.size() || delta == 0) return;
-  if (keyed_) {
-    byKova_.Shift(from, delta);
-    byPlexo_.Shift(from, delta);
+  if (keys_) {
+    keys_->byKova.Shift(from, delta);
+    keys_->byPlexo.Shift(from, delta);
   }
   if (firstNotLocalKnown_ && firstNotLocal_ != kNone && firstNotLocal_ >= from) {
     firstNotLocal_ = static_cast<std::uint32_t>(static_cast<std::int64_t>(firstNotLocal_) + delta);
@@ -159,11 +159,11 @@ void ContainerIndex::Key(std::uint32_t p, unsigned fields) {
   const Object& object = *synced_[p];
   if ((fields & kKovaField) != 0) {
     const ZANUnicodeString& id = IndexAccess::KovaId(object);
-    byKova_.Insert(id, HashId(id), p, KeyAtPosition<true>{synced_}, Earlier{});
+    keys_->byKova.Insert(id, HashId(id), p, KeyAtPosition<true>{synced_}, Earlier{});
   }
   if ((fields & kPlexoField) != 0) {
     const ZANUnicodeString& id = IndexAccess::PlexoId(object);
-    byPlexo_.Insert(id, HashId(id), p, KeyAtPosition<false>{synced_}, Earlier{});
+    keys_->byPlexo.Insert(id, HashId(id), p, KeyAtPosition<false>{synced_}, Earlier{});
   }
 }
 
@@ -171,27 +171,43 @@ void ContainerIndex::Unkey(std::uint32_t p, unsigned fields) {
   const Object& object = *synced_[p];
   if ((fields & kKovaField) != 0) {
     const ZANUnicodeString& id = IndexAccess::KovaId(object);
-    byKova_.Erase(id, HashId(id), p, KeyAtPosition<true>{synced_}, Earlier{});
+    keys_->byKova.Erase(id, HashId(id), p, KeyAtPosition<true>{synced_}, Earlier{});
   }
   if ((fields & kPlexoField) != 0) {
     const ZANUnicodeString& id = IndexAccess::PlexoId(object);
-    byPlexo_.Erase(id, HashId(id), p, KeyAtPosition<false>{synced_}, Earlier{});
+    keys_->byPlexo.Erase(id, HashId(id), p, KeyAtPosition<false>{synced_}, Earlier{});
   }
 }
 
 void ContainerIndex::BuildKeys() {
   if (synced_.size() > PositionMap::kMaxValue) return;  // walked
   const std::size_t room = std::max(synced_.size(), expected_);
-  byKova_.Reserve(room);
-  byPlexo_.Reserve(room);
-  keyed_ = true;
+  keys_ = std::make_unique<Keys>();
+  keys_->byKova.Reserve(room);
+  keys_->byPlexo.Reserve(room);
   for (std::uint32_t p = 0; p < synced_.size(); ++p) {
     if (synced_[p] != nullptr) Key(p, kKovaField | kPlexoField);
   }
 }
 
+TableInstanceIndex* ContainerIndex::IndexingTable() const {
+  TableInstanceIndex* found = nullptr;
+  if (kind_ == Kind::kInstances) {
+    ObjectLinks::ForEachContainer(*ownerReference_, [&found](ContainerIndex* references) {
+      if (found == nullptr) found = references->ownerTable_->InstancesIfMade();
+    });
+  }
+  return found;
+}
+
+void ContainerIndex::KeysIfWanted() {
+  if (!keys_ && synced_.size() >= kWalkBelow && IndexingTable() == nullptr) BuildKeys();
+}
+
+void ContainerIndex::DropKeys() { keys_.reset(); }
+
 void ContainerIndex::AfterOwnEdit() {
-  if (!keyed_ && synced_.size() >= kWalkBelow) BuildKeys();
+  KeysIfWanted();
   if (kind_ == Kind::kInstances && CanGrowUnseen()) ForEachTable([this](TableInstanceIndex& t) { t.Watch(*this); });
 }
 
@@ -199,9 +215,9 @@ void ContainerIndex::Expect(std::size_t count) {
   if (count <= expected_) return;
   expected_ = count;
   synced_.reserve(count);
-  if (keyed_) {
-    byKova_.Reserve(count);
-    byPlexo_.Reserve(count);
+  if (keys_) {
+    keys_->byKova.Reserve(count);
+    keys_->byPlexo.Reserve(count);
   }
 }
 
@@ -230,16 +246,16 @@ void ContainerIndex::MarkDirty() {
 
 void ContainerIndex::PositionsOf(const Object* object, std::vector<std::uint32_t>& out) const {
   out.clear();
-  if (keyed_) {
+  if (keys_) {
     const ZANUnicodeString& id = IndexAccess::KovaId(*object);
-    byKova_.ForEach(id, HashId(id), KeyAtPosition<true>{synced_}, [&](std::uint32_t p) {
+    keys_->byKova.ForEach(id, HashId(id), KeyAtPosition<true>{synced_}, [&](std::uint32_t p) {
       if (synced_[p] == object) out.push_back(p);
     });
     if (!out.empty()) return;
     // Not under its kOVA id: that id is being changed in another container's pass; the Plexo id,
     // or at worst a walk, finds it.
     const ZANUnicodeString& plexo = IndexAccess::PlexoId(*object);
-    byPlexo_.ForEach(plexo, HashId(plexo), KeyAtPosition<false>{synced_}, [&](std::uint32_t p) {
+    keys_->byPlexo.ForEach(plexo, HashId(plexo), KeyAtPosition<false>{synced_}, [&](std::uint32_t p) {
       if (synced_[p] == object) out.push_back(p);
     });
     if (!out.empty()) return;
@@ -258,7 +274,7 @@ std::uint32_t ContainerIndex::FirstPositionOf(const Object* object) const {
 void ContainerIndex::ObjectDying(Object& object) {
   PositionsOf(&object, changing_);
   for (std::uint32_t p : changing_) {
-    if (keyed_) Unkey(p, kKovaField | kPlexoField);
+    if (keys_) Unkey(p, kKovaField | kPlexoField);
     if (firstNotLocalKnown_ && firstNotLocal_ == p) firstNotLocalKnown_ = false;
     synced_[p] = nullptr;
   }
@@ -268,12 +284,15 @@ void ContainerIndex::ObjectDying(Object& object) {
 
 void ContainerIndex::BeforeChange(Object& object, unsigned fields) {
   const unsigned keyFields = fields & (kKovaField | kPlexoField);
-  if (kind_ == Kind::kInstances && keyFields == 0) return;
-  // The tables first, while this container can still find the object by its ids (they may ask
-  // for its position to order entries that share an id).
-  if (keyFields != 0) ForEachTable([&](TableInstanceIndex& t) { t.BeforeChange(object, *this, keyFields); });
+  if (kind_ == Kind::kInstances) {
+    if (keyFields == 0) return;
+    // The tables first, while this container can still find the object by its ids (they may ask
+    // for its position to order entries that share an id).
+    ForEachTable([&](TableInstanceIndex& t) { t.BeforeChange(object, *this, keyFields); });
+    if (!keys_) return;
+  }
   PositionsOf(&object, changing_);
-  if (keyed_ && keyFields != 0) {
+  if (keys_ && keyFields != 0) {
     for (std::uint32_t p : changing_) Unkey(p, keyFields);
   }
   if ((fields & kLocalField) != 0 && firstNotLocalKnown_ &&
@@ -285,7 +304,7 @@ void ContainerIndex::BeforeChange(Object& object, unsigned fields) {
 void ContainerIndex::AfterChange(Object& object, unsigned fields) {
   const unsigned keyFields = fields & (kKovaField | kPlexoField);
   if (kind_ == Kind::kInstances && keyFields == 0) return;
-  if (keyed_ && keyFields != 0) {
+  if (keys_ && keyFields != 0) {
     for (std::uint32_t p : changing_) Key(p, keyFields);
   }
   if (kind_ == Kind::kReferences && (fields & kLocalField) != 0 && firstNotLocalKnown_ && !IndexAccess::IsLocal(object)) {
@@ -294,11 +313,11 @@ void ContainerIndex::AfterChange(Object& object, unsigned fields) {
     }
   }
   changing_.clear();
-  if (keyFields != 0) ForEachTable([keyFields](TableInstanceIndex& t) { t.AfterChange(keyFields); });
+  if (kind_ == Kind::kInstances) ForEachTable([keyFields](TableInstanceIndex& t) { t.AfterChange(keyFields); });
 }
 
 std::uint32_t ContainerIndex::FindKova(const ZANUnicodeString& id) const {
-  if (keyed_) return byKova_.Find(id, HashId(id), KeyAtPosition<true>{synced_});
+  if (keys_) return keys_->byKova.Find(id, HashId(id), KeyAtPosition<true>{synced_});
   for (std::uint32_t p = 0; p < synced_.size(); ++p) {
     if (IndexAccess::KovaId(*synced_[p]) == id) return p;
   }
@@ -306,17 +325,23 @@ std::uint32_t ContainerIndex::FindKova(const ZANUnicodeString& id) const {
 }
 
 std::uint32_t ContainerIndex::FindPlexo(const ZANUnicodeString& id) const {
-  if (keyed_) return byPlexo_.Find(id, HashId(id), KeyAtPosition<false>{synced_});
+  if (keys_) return keys_->byPlexo.Find(id, HashId(id), KeyAtPosition<false>{synced_});
   for (std::uint32_t p = 0; p < synced_.size(); ++p) {
     if (IndexAccess::PlexoId(*synced_[p]) == id) return p;
   }
   return kNone;
 }
 
-std::uint32_t ContainerIndex::FindEqual(const Object& data) const {
+std::uint32_t ContainerIndex::FindEqual(const Object& data) {
+  KeysIfWanted();
   const ZANUnicodeString& kova = IndexAccess::KovaId(data);
   const ZANUnicodeString& plexo = IndexAccess::PlexoId(data);
-  if (!keyed_) {
+  if (!keys_) {
+    // A long instance vector of a reference in an indexed table: the table's index names the
+    // candidates.
+    if (synced_.size() >= kWalkBelow) {
+      if (TableInstanceIndex* table = IndexingTable()) return table->FirstEqualIn(*this, data);
+    }
     for (std::uint32_t p = 0; p < synced_.size(); ++p) {
       if (IndexAccess::KovaId(*synced_[p]) == kova || IndexAccess::PlexoId(*synced_[p]) == plexo) return p;
     }
@@ -326,11 +351,21 @@ std::uint32_t ContainerIndex::FindEqual(const Object& data) const {
   // misses overlap.
   const std::size_t kovaHash = HashId(kova);
   const std::size_t plexoHash = HashId(plexo);
-  byKova_.Prefetch(kovaHash);
-  byPlexo_.Prefetch(plexoHash);
-  const std::uint32_t byKova = byKova_.Find(kova, kovaHash, KeyAtPosition<true>{synced_});
-  const std::uint32_t byPlexo = byPlexo_.Find(plexo, plexoHash, KeyAtPosition<false>{synced_});
+  keys_->byKova.Prefetch(kovaHash);
+  keys_->byPlexo.Prefetch(plexoHash);
+  const std::uint32_t byKova = keys_->byKova.Find(kova, kovaHash, KeyAtPosition<true>{synced_});
+  const std::uint32_t byPlexo = keys_->byPlexo.Find(plexo, plexoHash, KeyAtPosition<false>{synced_});
   return std::min(byKova, byPlexo);
+}
+
+bool ContainerIndex::HasEqual(const Object& data) {
+  if (!keys_ && synced_.size() >= kWalkBelow) {
+    KeysIfWanted();
+    if (!keys_) {
+      if (TableInstanceIndex* table = IndexingTable()) return table->HasEqualIn(*this, data);
+    }
+  }
+  return FindEqual(data) != kNone;
 }
 
 std::uint32_t ContainerIndex::FirstNotLocal() {
@@ -348,7 +383,7 @@ std::uint32_t ContainerIndex::FirstNotLocal() {
 }
 
 std::size_t ContainerIndex::IndexBytes() const noexcept {
-  return synced_.capacity() * sizeof(Object*) + byKova_.SlotBytes() + byPlexo_.SlotBytes();
+  return synced_.capacity() * sizeof(Object*) + (keys_ ? keys_->byKova.SlotBytes() + keys_->byPlexo.SlotBytes() : 0);
 }
 
 template <class Handle>

@@ -4,7 +4,9 @@
 // Every answer of the model is defined by a walk of its vectors in order (first match wins). A
 // container index gives the same answers from what it keeps in step with the vector:
 //  - the synced elements: the private object at each position, as of the last sync;
-//  - from 16 elements on, two position maps (kOVA id, Plexo id -> positions, earliest first);
+//  - from 16 elements on, two position maps (kOVA id, Plexo id -> positions, earliest first),
+//    except for the instances of a reference held by a table with an instance index: that index
+//    already holds every id of them, and answers for the container;
 //  - for references, the first position whose object is not local (the root rule).
 //
 // How it stays in step, without any state shared between containers:
@@ -44,6 +46,7 @@ class KOVAMappingPrivateReference;
 namespace kova::model {
 
 class TableIndexes;
+class TableInstanceIndex;
 
 // Vectors shorter than this are walked, not hashed.
 inline constexpr std::size_t kWalkBelow = 16;
@@ -97,7 +100,12 @@ class ContainerIndex {
   std::uint32_t FindKova(const ZANUnicodeString& id) const;
   std::uint32_t FindPlexo(const ZANUnicodeString& id) const;
   // The first position equal to data by the either-id rule.
-  std::uint32_t FindEqual(const KOVAMappingPrivateObject& data) const;
+  std::uint32_t FindEqual(const KOVAMappingPrivateObject& data);
+  // Whether some position is equal to data by the either-id rule.
+  bool HasEqual(const KOVAMappingPrivateObject& data);
+  // An instance container whose reference is in a table with an instance index keeps no maps of
+  // its own: that index answers for it (see TableInstanceIndex). Called when it joins one.
+  void DropKeys();
   // The first position whose object is not local.
   std::uint32_t FirstNotLocal();
   // The first position holding object, or kNone.
@@ -128,6 +136,10 @@ class ContainerIndex {
   // Positions at or after from move by delta in the maps and the root position.
   void ShiftFrom(std::uint32_t from, std::int64_t delta);
   void BuildKeys();
+  // Builds the maps when the vector is long enough and no table's instance index answers for it.
+  void KeysIfWanted();
+  // A table holding this container's reference that has an instance index, or null.
+  TableInstanceIndex* IndexingTable() const;
   // After the owner changed the vector or its capacity: keys built once the vector is long enough,
   // and the tables told when the vector can now grow unseen.
   void AfterOwnEdit();
@@ -158,12 +170,15 @@ class ContainerIndex {
   KOVAMappingPrivateReference* ownerReference_ = nullptr;
   TableIndexes* ownerTable_ = nullptr;
   const void* syncedData_ = nullptr;
-  PositionMap byKova_;
-  PositionMap byPlexo_;
+  // The position maps, from kWalkBelow elements on (see above).
+  struct Keys {
+    PositionMap byKova;
+    PositionMap byPlexo;
+  };
+  std::unique_ptr<Keys> keys_;
   std::size_t expected_ = 0;
   std::uint32_t firstNotLocal_ = kNone;
   bool firstNotLocalKnown_ = true;
-  bool keyed_ = false;
   bool dirty_ = false;
   bool handedOut_ = false;
   bool editing_ = false;

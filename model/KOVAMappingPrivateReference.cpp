@@ -58,7 +58,7 @@ InstanceVectorIndex& KOVAMappingPrivateReference::Index() {
 
 HRESULT KOVAMappingPrivateReference::AddInstance(KOVAMappingInstance instance) {
   InstanceVectorIndex& index = Index();
-  if (index.FindEqual(IndexAccess::Data(instance)) != ContainerIndex::kNone) return E_FAIL;
+  if (index.HasEqual(IndexAccess::Data(instance))) return E_FAIL;
   index.PushBack(instance);
   return S_OK;
 }

@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -36,7 +37,7 @@ class PositionMap {
 
   void Clear() noexcept {
     slots_.clear();
-    more_.clear();
+    more_.reset();
     count_ = 0;
   }
 
@@ -63,9 +64,9 @@ class PositionMap {
     const std::size_t i = SlotOf(key, hash, keyAt);
     if (i == kNoSlot) return;
     f(slots_[i].value & kValueMask);
-    if ((slots_[i].value & kMoreFlag) == 0) return;
-    const auto more = more_.find(key.View());
-    if (more == more_.end()) return;
+    if ((slots_[i].value & kMoreFlag) == 0 || !more_) return;
+    const auto more = more_->find(key.View());
+    if (more == more_->end()) return;
     for (std::uint32_t value : more->second) f(value);
   }
 
@@ -104,28 +105,28 @@ class PositionMap {
     Slot& slot = slots_[i];
     const bool hasMore = (slot.value & kMoreFlag) != 0;
     if ((slot.value & kValueMask) != value) {
-      if (!hasMore) return;
-      const auto more = more_.find(key.View());
-      if (more == more_.end()) return;
+      if (!hasMore || !more_) return;
+      const auto more = more_->find(key.View());
+      if (more == more_->end()) return;
       std::vector<std::uint32_t>& values = more->second;
       const auto at = std::find(values.begin(), values.end(), value);
       if (at == values.end()) return;
       *at = values.back();
       values.pop_back();
       if (values.empty()) {
-        more_.erase(more);
+        more_->erase(more);
         slot.value &= kValueMask;
       }
       return;
     }
-    if (!hasMore) {
+    if (!hasMore || !more_) {
       RemoveSlot(i);
       return;
     }
     // The earliest of the others takes the slot. The side table is found before the slot's value
     // changes: keyAt reads the key through the slot's value.
-    const auto more = more_.find(key.View());
-    if (more == more_.end()) {
+    const auto more = more_->find(key.View());
+    if (more == more_->end()) {
       RemoveSlot(i);
       return;
     }
@@ -138,7 +139,7 @@ class PositionMap {
     values[best] = values.back();
     values.pop_back();
     if (values.empty()) {
-      more_.erase(more);
+      more_->erase(more);
       slot.value = next;
     } else {
       slot.value = next | kMoreFlag;
@@ -155,7 +156,8 @@ class PositionMap {
       if (slot.value == kEmpty) continue;
       slot.value = move(slot.value & kValueMask) | (slot.value & kMoreFlag);
     }
-    for (auto& [key, values] : more_) {
+    if (!more_) return;
+    for (auto& [key, values] : *more_) {
       for (std::uint32_t& value : values) value = move(value);
     }
   }
@@ -213,9 +215,10 @@ class PositionMap {
   }
 
   std::vector<std::uint32_t>& More(const ZANUnicodeString& key) {
-    const auto found = more_.find(key.View());
-    if (found != more_.end()) return found->second;
-    return more_.emplace(std::string(key.View()), std::vector<std::uint32_t>()).first->second;
+    if (!more_) more_ = std::make_unique<MoreMap>();
+    const auto found = more_->find(key.View());
+    if (found != more_->end()) return found->second;
+    return more_->emplace(std::string(key.View()), std::vector<std::uint32_t>()).first->second;
   }
 
   // Linear probing removal: later slots of the same run move back so that no search stops early.
@@ -246,7 +249,9 @@ class PositionMap {
 
   std::vector<Slot> slots_;
   std::size_t count_ = 0;
-  std::unordered_map<std::string, std::vector<std::uint32_t>, TextHash, TextEqual> more_;
+  using MoreMap = std::unordered_map<std::string, std::vector<std::uint32_t>, TextHash, TextEqual>;
+  // Made when a key is first held by several values.
+  std::unique_ptr<MoreMap> more_;
 };
 
 }  // namespace kova::model

@@ -144,7 +144,33 @@ void TableInstanceIndex::Removed(KOVAMappingPrivateObject& object, ContainerInde
   free_.push_back(entry);
 }
 
+bool TableInstanceIndex::HasEqualIn(const ContainerIndex& container, const KOVAMappingPrivateObject& data) const {
+  bool found = false;
+  const auto inContainer = [&](std::uint32_t entry) { found = found || entries_[entry].container == &container; };
+  const ZANUnicodeString& kova = IndexAccess::KovaId(data);
+  byKova_.ForEach(kova, HashId(kova), KeyAt<true>{this}, inContainer);
+  if (found) return true;
+  const ZANUnicodeString& plexo = IndexAccess::PlexoId(data);
+  byPlexo_.ForEach(plexo, HashId(plexo), KeyAt<false>{this}, inContainer);
+  return found;
+}
+
+std::uint32_t TableInstanceIndex::FirstEqualIn(const ContainerIndex& container,
+                                               const KOVAMappingPrivateObject& data) const {
+  std::uint32_t first = PositionMap::kNone;
+  const auto inContainer = [&](std::uint32_t entry) {
+    if (entries_[entry].container != &container) return;
+    first = std::min(first, container.FirstPositionOf(entries_[entry].object.get()));
+  };
+  const ZANUnicodeString& kova = IndexAccess::KovaId(data);
+  byKova_.ForEach(kova, HashId(kova), KeyAt<true>{this}, inContainer);
+  const ZANUnicodeString& plexo = IndexAccess::PlexoId(data);
+  byPlexo_.ForEach(plexo, HashId(plexo), KeyAt<false>{this}, inContainer);
+  return first;
+}
+
 void TableInstanceIndex::ContainerPlaced(ContainerIndex& container) {
+  container.DropKeys();
   const std::vector<KOVAMappingPrivateObject*>& synced = container.Synced();
   for (std::uint32_t p = 0; p < synced.size(); ++p) {
     if (synced[p] != nullptr) Placed(container, p);

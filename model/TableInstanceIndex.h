@@ -91,6 +91,11 @@ class TableInstanceIndex {
   // Syncs the watched containers, and stops watching those that can no longer change unseen.
   void CheckWatched();
 
+  // For the instances of container (a reference of this table): whether one is equal to data by the
+  // either-id rule, and the first position of one.
+  bool HasEqualIn(const ContainerIndex& container, const KOVAMappingPrivateObject& data) const;
+  std::uint32_t FirstEqualIn(const ContainerIndex& container, const KOVAMappingPrivateObject& data) const;
+
   // The private object of the first instance whose kOVA id (Plexo id) is id, or nullptr.
   const std::shared_ptr<KOVAMappingPrivateObject>* FindKova(const ZANUnicodeString& id) const;
   const std::shared_ptr<KOVAMappingPrivateObject>* FindPlexo(const ZANUnicodeString& id) const;

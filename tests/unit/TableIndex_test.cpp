@@ -234,7 +234,9 @@ class Sequence {
           const bool refused = FirstSame(Insts(reference), instance) >= 0;
           ASSERT_EQ(reference.AddInstance(instance), refused ? E_FAIL : S_OK) << "step " << step_;
           ASSERT_EQ(Insts(reference).size(), count + (refused ? 0 : 1));
-          if (!refused) ASSERT_EQ(IndexAccess::Pointer(Insts(reference).back()), IndexAccess::Pointer(instance));
+          if (!refused) {
+            ASSERT_EQ(IndexAccess::Pointer(Insts(reference).back()), IndexAccess::Pointer(instance));
+          }
         } else {
           KOVAMappingInstance instance = AnyInstance();
           const int at = FirstSame(Insts(reference), instance);

@@ -1,0 +1,135 @@
+// A mapping model written the straightforward way, the yardstick of the workflow benchmarks: each
+// object a std::shared_ptr, two std::unordered_map<std::string, ...> per container (a table's
+// references, a reference's instances, and all instances of the table) updated eagerly on every
+// change. It has none of the library's rules (no either-id identity, no first match, no root rule):
+// ids are assumed unique.
+#ifndef KOVA_BENCH_PLAINMODEL_H_
+#define KOVA_BENCH_PLAINMODEL_H_
+
+#include <KOVAMappingServices/KOVAMappingTable.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace kova::bench {
+
+struct PlainReference;
+
+struct PlainObject {
+  std::string kova;
+  std::string plexo;
+  std::string stamp;
+  bool local = false;
+};
+
+struct PlainInstance : PlainObject {
+  PlainReference* owner = nullptr;
+};
+
+template <class T>
+struct PlainMaps {
+  std::unordered_map<std::string, std::shared_ptr<T>> byKova;
+  std::unordered_map<std::string, std::shared_ptr<T>> byPlexo;
+  void Add(const std::shared_ptr<T>& object) {
+    byKova.emplace(object->kova, object);
+    byPlexo.emplace(object->plexo, object);
+  }
+  void Remove(const T& object) {
+    byKova.erase(object.kova);
+    byPlexo.erase(object.plexo);
+  }
+};
+
+struct PlainReference : PlainObject {
+  std::vector<std::shared_ptr<PlainInstance>> instances;
+  PlainMaps<PlainInstance> maps;
+};
+
+class PlainTable {
+ public:
+  // The same references and instances, with the same ids, as table.
+  explicit PlainTable(const KOVAMappingTable& table) {
+    for (const KOVAMappingReference& reference : table.GetReferences()) {
+      auto plain = std::make_shared<PlainReference>();
+      Fill(*plain, reference);
+      for (const KOVAMappingInstance& instance : reference.GetInstances()) {
+        auto one = std::make_shared<PlainInstance>();
+        Fill(*one, instance);
+        one->owner = plain.get();
+        plain->instances.push_back(one);
+        plain->maps.Add(one);
+      }
+      AddReference(plain);
+    }
+  }
+
+  std::shared_ptr<PlainInstance> FindInstanceByKova(const std::string& id) const { return Find(instances_.byKova, id); }
+  std::shared_ptr<PlainInstance> FindInstanceByPlexo(const std::string& id) const {
+    return Find(instances_.byPlexo, id);
+  }
+  std::shared_ptr<PlainReference> FindReferenceByKova(const std::string& id) const {
+    return Find(references_.byKova, id);
+  }
+
+  void SetPlexo(PlainInstance& instance, const std::string& id) {
+    instance.owner->maps.byPlexo.erase(instance.plexo);
+    auto shared = instances_.byPlexo.extract(instance.plexo);
+    instance.plexo = id;
+    instance.owner->maps.byPlexo.emplace(id, shared.mapped());
+    shared.key() = id;
+    instances_.byPlexo.insert(std::move(shared));
+  }
+  void SetKova(PlainInstance& instance, const std::string& id) {
+    instance.owner->maps.byKova.erase(instance.kova);
+    auto shared = instances_.byKova.extract(instance.kova);
+    instance.kova = id;
+    instance.owner->maps.byKova.emplace(id, shared.mapped());
+    shared.key() = id;
+    instances_.byKova.insert(std::move(shared));
+  }
+  void SetKova(PlainReference& reference, const std::string& id) {
+    auto shared = references_.byKova.extract(reference.kova);
+    reference.kova = id;
+    shared.key() = id;
+    references_.byKova.insert(std::move(shared));
+  }
+
+  void AddReference(const std::shared_ptr<PlainReference>& reference) {
+    references.push_back(reference);
+    references_.Add(reference);
+    for (const auto& instance : reference->instances) instances_.Add(instance);
+  }
+  void RemoveReference(const PlainReference& reference) {
+    const auto at = std::find_if(references.begin(), references.end(),
+                                 [&](const std::shared_ptr<PlainReference>& r) { return r.get() == &reference; });
+    if (at == references.end()) return;
+    for (const auto& instance : reference.instances) instances_.Remove(*instance);
+    references_.Remove(reference);
+    references.erase(at);
+  }
+
+  std::vector<std::shared_ptr<PlainReference>> references;
+
+ private:
+  template <class Object>
+  static void Fill(PlainObject& plain, const Object& object) {
+    plain.kova = object.GetKOVAID().ConvertToChar();
+    plain.plexo = object.GetPlexoID().ConvertToChar();
+    plain.local = object.GetIsLocal();
+  }
+  template <class T>
+  static std::shared_ptr<T> Find(const std::unordered_map<std::string, std::shared_ptr<T>>& map, const std::string& id) {
+    const auto found = map.find(id);
+    return found == map.end() ? nullptr : found->second;
+  }
+
+  PlainMaps<PlainReference> references_;
+  PlainMaps<PlainInstance> instances_;
+};
+
+}  // namespace kova::bench
+
+#endif  // KOVA_BENCH_PLAINMODEL_H_
