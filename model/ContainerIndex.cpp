@@ -222,11 +222,10 @@ void ContainerIndex::Expect(std::size_t count) {
 }
 
 void ContainerIndex::HandOut() {
-  if (!handedOut_) {
-    handedOut_ = true;
-    for (Object* object : synced_) {
-      if (object != nullptr) ObjectLinks::MarkHandedOut(*object, this);
-    }
+  if (handedOut_) return;
+  handedOut_ = true;
+  for (Object* object : synced_) {
+    if (object != nullptr) ObjectLinks::MarkHandedOut(*object, this);
   }
   if (kind_ == Kind::kInstances && CanGrowUnseen()) ForEachTable([this](TableInstanceIndex& t) { t.Watch(*this); });
 }
@@ -384,6 +383,23 @@ std::uint32_t ContainerIndex::FirstNotLocal() {
 
 std::size_t ContainerIndex::IndexBytes() const noexcept {
   return synced_.capacity() * sizeof(Object*) + (keys_ ? keys_->byKova.SlotBytes() + keys_->byPlexo.SlotBytes() : 0);
+}
+
+template <class Handle>
+void VectorIndex<Handle>::EraseAt(std::uint32_t position) {
+  RemoveAt(position);
+  ShiftFrom(position + 1, -1);
+  synced_.erase(synced_.begin() + position);
+  {
+    // The same result as erasing, without copying handles: the removed handle's object moves to
+    // the end by exchanges of the handles' pointers (no reference count or object is touched),
+    // and the last handle goes.
+    Editing editing(*this);
+    for (std::size_t i = position; i + 1 < vector_.size(); ++i) IndexAccess::Exchange(vector_[i], vector_[i + 1]);
+    vector_.pop_back();
+  }
+  Resynced();
+  AfterOwnEdit();
 }
 
 template <class Handle>

@@ -209,17 +209,7 @@ class VectorIndex final : public ContainerIndex {
   }
 
   // Removes the element at position (the container must be synced).
-  void EraseAt(std::uint32_t position) {
-    RemoveAt(position);
-    ShiftFrom(position + 1, -1);
-    synced_.erase(synced_.begin() + position);
-    {
-      Editing editing(*this);
-      vector_.erase(vector_.begin() + position);
-    }
-    Resynced();
-    AfterOwnEdit();
-  }
+  void EraseAt(std::uint32_t position);
 
   // Room for count elements in the vector and the index (only capacity changes).
   void ReserveRoom(std::size_t count) {

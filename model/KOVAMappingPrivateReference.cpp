@@ -73,8 +73,11 @@ HRESULT KOVAMappingPrivateReference::RemoveInstance(KOVAMappingInstance instance
 }
 
 std::vector<KOVAMappingInstance>& KOVAMappingPrivateReference::GetInstances() {
-  instancesHandedOut_ = true;
-  if (index_) index_->HandOut();
+  // Only the first hand-out changes anything: from then on the index watches the vector.
+  if (!instancesHandedOut_) {
+    instancesHandedOut_ = true;
+    if (index_) index_->HandOut();
+  }
   return instances_;
 }
 

@@ -125,8 +125,11 @@ HRESULT KOVAMappingPrivateTable::GetRootReference(KOVAMappingReference& out) {
 bool KOVAMappingPrivateTable::HasRootReference() { return Indexes().References().FirstNotLocal() != kNone; }
 
 std::vector<KOVAMappingReference>& KOVAMappingPrivateTable::GetReferences() {
-  referencesHandedOut_ = true;
-  if (indexes_ && indexes_->ReferencesIfMade() != nullptr) indexes_->ReferencesIfMade()->HandOut();
+  // Only the first hand-out changes anything: from then on the index watches the vector.
+  if (!referencesHandedOut_) {
+    referencesHandedOut_ = true;
+    if (indexes_ && indexes_->ReferencesIfMade() != nullptr) indexes_->ReferencesIfMade()->HandOut();
+  }
   return references_;
 }
 

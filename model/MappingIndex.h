@@ -42,6 +42,9 @@ struct IndexAccess {
     ReleasingSlot(out.private_.get(), &out);
     out.private_ = privateObject;
   }
+  // Exchanges the objects of two handles of the same kind, as the model's own edits of its vectors
+  // do (no reference count changes).
+  static void Exchange(KOVAMappingObject& a, KOVAMappingObject& b) noexcept { a.private_.swap(b.private_); }
   static KOVAMappingPrivateReference& Reference(const KOVAMappingReference& handle) noexcept {
     return static_cast<KOVAMappingPrivateReference&>(*handle.private_);
   }

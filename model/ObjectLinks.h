@@ -33,6 +33,11 @@ class ObjectLinks {
   static void Release(KOVAMappingPrivateObject& object) noexcept;
 
   static bool Empty(const KOVAMappingPrivateObject& object) noexcept { return object.links_ == 0; }
+  // Whether some link of object is to a handed-out container (an array of links is assumed to
+  // have one: the caller then looks).
+  static bool MayBeHandedOut(const KOVAMappingPrivateObject& object) noexcept {
+    return (object.links_ & (kArray | kHandedOut)) != 0;
+  }
   // Whether object has a link to container.
   static bool Has(const KOVAMappingPrivateObject& object, const ContainerIndex* container) noexcept;
 
@@ -85,7 +90,7 @@ class ObjectLinks {
 // that its vector was changed in place.
 void ReleasingLinkedSlot(const KOVAMappingPrivateObject& object, const void* slot);
 inline void ReleasingSlot(const KOVAMappingPrivateObject* object, const void* slot) {
-  if (object != nullptr && !ObjectLinks::Empty(*object)) ReleasingLinkedSlot(*object, slot);
+  if (object != nullptr && ObjectLinks::MayBeHandedOut(*object)) ReleasingLinkedSlot(*object, slot);
 }
 
 }  // namespace kova::model

@@ -149,16 +149,18 @@ class PositionMap {
   // Every value at or after from moves by delta (positions after an insertion or removal). Values
   // in [from + delta, from) must have been erased first when delta is negative.
   void Shift(std::uint32_t from, std::int64_t delta) noexcept {
-    const auto move = [from, delta](std::uint32_t value) {
-      return value >= from ? static_cast<std::uint32_t>(static_cast<std::int64_t>(value) + delta) : value;
-    };
+    // Branch-free, so that the pass over the slots runs at memory speed: the value part of a slot
+    // stays within [0, 2^31) after the move, so adding delta (modulo 2^32) never reaches the flag
+    // bit, and an empty slot (all bits set) is never moved.
+    const auto step = static_cast<std::uint32_t>(delta);
     for (Slot& slot : slots_) {
-      if (slot.value == kEmpty) continue;
-      slot.value = move(slot.value & kValueMask) | (slot.value & kMoreFlag);
+      const std::uint32_t value = slot.value;
+      const bool moves = value != kEmpty && (value & kValueMask) >= from;
+      slot.value = value + (moves ? step : 0u);
     }
     if (!more_) return;
     for (auto& [key, values] : *more_) {
-      for (std::uint32_t& value : values) value = move(value);
+      for (std::uint32_t& value : values) value += value >= from ? step : 0u;
     }
   }
 

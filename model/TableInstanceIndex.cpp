@@ -27,7 +27,7 @@ ReferenceVectorIndex& TableIndexes::References() {
   return *references_;
 }
 
-TableInstanceIndex& TableIndexes::Instances() {
+TableInstanceIndex& TableIndexes::UpdatedInstances() {
   ReferenceVectorIndex& references = References();
   if (!instances_) {
     // Each reference's instances are brought up to date first, while this table has no instance

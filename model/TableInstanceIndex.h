@@ -58,6 +58,8 @@ class TableIndexes {
   std::size_t IndexBytes() const noexcept;
 
  private:
+  TableInstanceIndex& UpdatedInstances();
+
   KOVAMappingPrivateTable& table_;
   std::unique_ptr<ReferenceVectorIndex> references_;
   std::unique_ptr<TableInstanceIndex> instances_;
@@ -90,6 +92,7 @@ class TableInstanceIndex {
   void Unwatch(ContainerIndex& container);
   // Syncs the watched containers, and stops watching those that can no longer change unseen.
   void CheckWatched();
+  bool NothingWatched() const noexcept { return watched_.empty(); }
 
   // For the instances of container (a reference of this table): whether one is equal to data by the
   // either-id rule, and the first position of one.
@@ -133,6 +136,12 @@ class TableInstanceIndex {
   // Entries of the object being changed, between BeforeChange and AfterChange.
   std::vector<std::uint32_t> changing_;
 };
+
+// Nothing to bring up to date, the common case, is decided here without a call.
+inline TableInstanceIndex& TableIndexes::Instances() {
+  if (instances_ && references_ && !references_->NeedsSync() && instances_->NothingWatched()) return *instances_;
+  return UpdatedInstances();
+}
 
 }  // namespace kova::model
 
