@@ -161,8 +161,8 @@ void BM_Lookup(benchmark::State& state) {
   std::size_t next = 0;
   KOVAMappingInstance instance;
   KOVAMappingReference reference;
-  // A table builds its look-up indexes after a few look-ups that walk it (see model/MappingIndex.h):
-  // those first look-ups are made before timing, so that the figure is the steady cost per look-up.
+  // A table makes its instance index at its first instance look-up: that one and a few more are
+  // made before timing, so that the figure is the steady cost per look-up.
   for (int warm = 0; warm < 16; ++warm) {
     table.GetInstanceFromKOVAId(ids[0], instance);
     table.GetReferenceFromPlexoId(ids[0], reference);

@@ -161,7 +161,8 @@ std::uint32_t Step(Fixture& f, const std::vector<std::uint32_t>& order) {
 
 void Finish(benchmark::State& state, const Fixture& f) {
   state.SetItemsProcessed(state.iterations());
-  state.counters["objects"] = static_cast<double>(f.instanceKova.size() + f.table.GetReferences().size());
+  state.counters["objects"] = benchmark::Counter(
+      static_cast<double>(f.instanceKova.size() + f.table.GetReferences().size()), benchmark::Counter::kAvgThreads);
 }
 
 #define KOVA_FIXTURE(plain, content)                                           \

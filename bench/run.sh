@@ -3,10 +3,12 @@
 # probe, and writes the figures into bench/README.md (between the RESULTS markers), with the
 # machine, date and commit.
 #
-#   bench/run.sh [--quick] [extra Google Benchmark arguments, e.g. --benchmark_filter=BM_Read]
+#   bench/run.sh [--quick] [--workflow] [extra Google Benchmark arguments, e.g. --benchmark_filter=BM_Read]
 #
 # --quick runs each benchmark once (no repetitions). Otherwise every benchmark runs three times and
 # the table shows the median. The machine is shared: compare ratios within one run.
+# --workflow runs only the workflow suite (kova_bench_workflow) and the index memory probe, and
+# rewrites only their section.
 #
 # The suite runs twice, with the same binary:
 #   default    the C library's allocator as it comes;
@@ -19,7 +21,14 @@ here=$(cd "$(dirname "$0")" && pwd)
 root=$(dirname "$here")
 cd "$root"
 repetitions=3
-if [ "${1:-}" = "--quick" ]; then repetitions=1; shift; fi
+only_workflow=no
+while :; do
+  case "${1:-}" in
+    --quick) repetitions=1; shift ;;
+    --workflow) only_workflow=yes; shift ;;
+    *) break ;;
+  esac
+done
 
 cmake --preset bench >/dev/null
 cmake --build --preset bench -j2 >/dev/null
@@ -38,6 +47,34 @@ run_suite() {
 # such as BM_Read.* stays as written).
 set -f
 extra="$*"
+machine="$(nproc) cores, $(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')"
+commit="$(git rev-parse --short HEAD)$(git diff --quiet HEAD -- . || echo '+changes')"
+
+# The workflow suite: steps of a host between reading and writing a table.
+run_workflow() {
+  "$@" "$bin/kova_bench_workflow" --benchmark_min_time=0.3 \
+    --benchmark_repetitions="$repetitions" --benchmark_report_aggregates_only=true \
+    --benchmark_out="$json" --benchmark_out_format=json $extra
+}
+json="$out/workflow-default.json"; run_workflow env
+json="$out/workflow-warm-heap.json"; run_workflow env GLIBC_TUNABLES="$warm_heap"
+: >"$out/memory.txt"
+for shape in 0 1; do
+  for objects in 10000 100000 1000000; do
+    "$bin/kova_bench_index_memory" "$shape" "$objects" >>"$out/memory.txt" || true
+  done
+done
+# Figures of another build of the library, measured beside these, may be added to the memory
+# table: KOVA_MEMORY_BEFORE names a file of lines "before shape objects read indexed".
+[ -n "${KOVA_MEMORY_BEFORE:-}" ] && cat "$KOVA_MEMORY_BEFORE" >>"$out/memory.txt"
+/usr/bin/python3 "$here/workflow_report.py" "$here/README.md" "$out/memory.txt" \
+  "Machine: $machine. Date: $(date -u +%Y-%m-%dT%H:%MZ). Commit: $commit. Medians of $repetitions run(s)." \
+  default "$out/workflow-default.json" warm-heap "$out/workflow-warm-heap.json"
+if [ "$only_workflow" = yes ]; then
+  echo "workflow results written to $here/README.md (raw: $out)"
+  exit 0
+fi
+
 json="$out/default.json"; run_suite
 json="$out/warm-heap.json"; run_suite GLIBC_TUNABLES="$warm_heap"
 
@@ -51,8 +88,8 @@ for mode in keep hand-over; do
 done
 "$bin/kova_bench_page_faults" >"$out/faults.txt" || : >"$out/faults.txt"
 
-python3 "$here/report.py" "$out/peak.txt" "$out/faults.txt" "$here/README.md" \
+/usr/bin/python3 "$here/report.py" "$out/peak.txt" "$out/faults.txt" "$here/README.md" \
   "$(nproc)" "$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')" \
-  "$(date -u +%Y-%m-%dT%H:%MZ)" "$(git rev-parse --short HEAD)$(git diff --quiet HEAD -- . || echo '+changes')" \
+  "$(date -u +%Y-%m-%dT%H:%MZ)" "$commit" \
   default "$out/default.json" warm-heap "$out/warm-heap.json"
 echo "results written to $here/README.md (raw: $out)"

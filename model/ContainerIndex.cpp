@@ -20,9 +20,10 @@ struct Earlier {
 // Reads back the kOVA id (kKova) or Plexo id of the synced element at a position.
 template <bool kKova>
 struct KeyAtPosition {
-  const std::vector<Object*>& synced;
+  const ContainerIndex& index;
   const ZANUnicodeString& operator()(std::uint32_t position) const {
-    return kKova ? IndexAccess::KovaId(*synced[position]) : IndexAccess::PlexoId(*synced[position]);
+    const Object& object = *index.SyncedAt(position);
+    return kKova ? IndexAccess::KovaId(object) : IndexAccess::PlexoId(object);
   }
 };
 
@@ -33,10 +34,27 @@ ContainerIndex::ContainerIndex(KOVAMappingPrivateReference* reference)
 
 ContainerIndex::ContainerIndex(TableIndexes* table) : kind_(Kind::kReferences), ownerTable_(table) {}
 
-ContainerIndex::~ContainerIndex() {
-  for (Object* object : synced_) {
-    if (object != nullptr) ObjectLinks::Remove(*object, this);
+ContainerIndex::~ContainerIndex() = default;
+
+void ContainerIndex::Unlink() {
+  const std::size_t size = SyncedSize();
+  for (std::size_t p = 0; p < size; ++p) {
+    if (Object* object = SyncedAt(p)) ObjectLinks::Remove(*object, this);
   }
+}
+
+void ContainerIndex::Materialize() {
+  if (materialized_) return;
+  const std::size_t size = VectorSize();
+  synced_.resize(size);
+  for (std::size_t p = 0; p < size; ++p) synced_[p] = VectorAt(p);
+  materialized_ = true;
+}
+
+void ContainerIndex::Dematerialize() {
+  if (!materialized_ || handedOut_ || dirty_) return;
+  materialized_ = false;
+  std::vector<Object*>().swap(synced_);
 }
 
 // Every table holding this container's reference, once per table (instance containers only).
@@ -50,7 +68,7 @@ void ContainerIndex::ForEachTable(F&& f) const {
 
 void ContainerIndex::SyncAll() {
   const std::size_t size = VectorSize();
-  synced_.assign(size, nullptr);
+  if (materialized_) synced_.assign(size, nullptr);
   for (std::size_t p = 0; p < size; ++p) PlaceAt(static_cast<std::uint32_t>(p), VectorAt(p));
   Resynced();
   dirty_ = false;
@@ -58,6 +76,12 @@ void ContainerIndex::SyncAll() {
 }
 
 void ContainerIndex::SyncNow() {
+  // Without synced elements of its own, the container's vector has only been changed by the
+  // container's own code, which kept the index in step.
+  if (!materialized_) {
+    dirty_ = false;
+    return;
+  }
   const std::size_t before = synced_.size();
   const std::size_t after = VectorSize();
   if (before == after) {
@@ -90,13 +114,13 @@ void ContainerIndex::SyncNow() {
 }
 
 void ContainerIndex::RemoveAt(std::uint32_t p) {
-  Object* object = synced_[p];
+  Object* object = SyncedAt(p);
   if (object == nullptr) return;
   // The position is emptied first: from here on the object's table order is that of its next
   // occurrence in this container, if it has one.
   if (keys_) Unkey(p, kKovaField | kPlexoField);
   if (firstNotLocalKnown_ && firstNotLocal_ == p) firstNotLocalKnown_ = false;
-  synced_[p] = nullptr;
+  SetSynced(p, nullptr);
   ObjectLinks::Remove(*object, this);
   const bool stillHeld = ObjectLinks::Has(*object, this);
   if (kind_ == Kind::kReferences) {
@@ -121,8 +145,8 @@ void ContainerIndex::RemoveAt(std::uint32_t p) {
   if (stillHeld) ForEachTable([this, object](TableInstanceIndex& t) { t.Reseat(*this, object); });
 }
 
-void ContainerIndex::PlaceAt(std::uint32_t p, Object* object) {
-  synced_[p] = object;
+void ContainerIndex::PlaceAt(std::uint32_t p, Object* object, const Hashes* hashes) {
+  SetSynced(p, object);
   InstanceVectorIndex* instances = nullptr;
   TableInstanceIndex* table = kind_ == Kind::kReferences ? ownerTable_->InstancesIfMade() : nullptr;
   if (table != nullptr) {
@@ -131,7 +155,7 @@ void ContainerIndex::PlaceAt(std::uint32_t p, Object* object) {
     instances = &IndexAccess::InstanceIndex(static_cast<KOVAMappingPrivateReference&>(*object));
   }
   ObjectLinks::Add(*object, this, handedOut_);
-  if (keys_) Key(p, kKovaField | kPlexoField);
+  if (keys_) Key(p, kKovaField | kPlexoField, hashes);
   if (kind_ == Kind::kReferences) {
     if (firstNotLocalKnown_ && !IndexAccess::IsLocal(*object) && (firstNotLocal_ == kNone || p < firstNotLocal_)) {
       firstNotLocal_ = p;
@@ -145,7 +169,7 @@ void ContainerIndex::PlaceAt(std::uint32_t p, Object* object) {
 }
 
 void ContainerIndex::ShiftFrom(std::uint32_t from, std::int64_t delta) {
-  if (from >= synced_.size() || delta == 0) return;
+  if (from >= SyncedSize() || delta == 0) return;
   if (keys_) {
     keys_->byKova.Shift(from, delta);
     keys_->byPlexo.Shift(from, delta);
@@ -155,38 +179,40 @@ void ContainerIndex::ShiftFrom(std::uint32_t from, std::int64_t delta) {
   }
 }
 
-void ContainerIndex::Key(std::uint32_t p, unsigned fields) {
-  const Object& object = *synced_[p];
+void ContainerIndex::Key(std::uint32_t p, unsigned fields, const Hashes* hashes) {
+  const Object& object = *SyncedAt(p);
+  const bool known = hashes != nullptr && hashes->known;
   if ((fields & kKovaField) != 0) {
     const ZANUnicodeString& id = IndexAccess::KovaId(object);
-    keys_->byKova.Insert(id, HashId(id), p, KeyAtPosition<true>{synced_}, Earlier{});
+    keys_->byKova.Insert(id, known ? hashes->kova : HashId(id), p, KeyAtPosition<true>{*this}, Earlier{});
   }
   if ((fields & kPlexoField) != 0) {
     const ZANUnicodeString& id = IndexAccess::PlexoId(object);
-    keys_->byPlexo.Insert(id, HashId(id), p, KeyAtPosition<false>{synced_}, Earlier{});
+    keys_->byPlexo.Insert(id, known ? hashes->plexo : HashId(id), p, KeyAtPosition<false>{*this}, Earlier{});
   }
 }
 
 void ContainerIndex::Unkey(std::uint32_t p, unsigned fields) {
-  const Object& object = *synced_[p];
+  const Object& object = *SyncedAt(p);
   if ((fields & kKovaField) != 0) {
     const ZANUnicodeString& id = IndexAccess::KovaId(object);
-    keys_->byKova.Erase(id, HashId(id), p, KeyAtPosition<true>{synced_}, Earlier{});
+    keys_->byKova.Erase(id, HashId(id), p, KeyAtPosition<true>{*this}, Earlier{});
   }
   if ((fields & kPlexoField) != 0) {
     const ZANUnicodeString& id = IndexAccess::PlexoId(object);
-    keys_->byPlexo.Erase(id, HashId(id), p, KeyAtPosition<false>{synced_}, Earlier{});
+    keys_->byPlexo.Erase(id, HashId(id), p, KeyAtPosition<false>{*this}, Earlier{});
   }
 }
 
 void ContainerIndex::BuildKeys() {
-  if (synced_.size() > PositionMap::kMaxValue) return;  // walked
-  const std::size_t room = std::max(synced_.size(), expected_);
+  const std::size_t size = SyncedSize();
+  if (size > PositionMap::kMaxValue) return;  // walked
+  const std::size_t room = std::max(size, expected_);
   keys_ = std::make_unique<Keys>();
   keys_->byKova.Reserve(room);
   keys_->byPlexo.Reserve(room);
-  for (std::uint32_t p = 0; p < synced_.size(); ++p) {
-    if (synced_[p] != nullptr) Key(p, kKovaField | kPlexoField);
+  for (std::uint32_t p = 0; p < size; ++p) {
+    if (SyncedAt(p) != nullptr) Key(p, kKovaField | kPlexoField);
   }
 }
 
@@ -201,7 +227,7 @@ TableInstanceIndex* ContainerIndex::IndexingTable() const {
 }
 
 void ContainerIndex::KeysIfWanted() {
-  if (!keys_ && synced_.size() >= kWalkBelow && IndexingTable() == nullptr) BuildKeys();
+  if (!keys_ && SyncedSize() >= kWalkBelow && IndexingTable() == nullptr) BuildKeys();
 }
 
 void ContainerIndex::DropKeys() { keys_.reset(); }
@@ -214,7 +240,7 @@ void ContainerIndex::AfterOwnEdit() {
 void ContainerIndex::Expect(std::size_t count) {
   if (count <= expected_) return;
   expected_ = count;
-  synced_.reserve(count);
+  if (materialized_) synced_.reserve(count);
   if (keys_) {
     keys_->byKova.Reserve(count);
     keys_->byPlexo.Reserve(count);
@@ -223,6 +249,9 @@ void ContainerIndex::Expect(std::size_t count) {
 
 void ContainerIndex::HandOut() {
   if (handedOut_) return;
+  // From now on the vector can change without the container: it keeps its own list of the
+  // elements it describes, to compare with.
+  Materialize();
   handedOut_ = true;
   for (Object* object : synced_) {
     if (object != nullptr) ObjectLinks::MarkHandedOut(*object, this);
@@ -231,7 +260,7 @@ void ContainerIndex::HandOut() {
 }
 
 void ContainerIndex::SlotReleased(const void* slot) {
-  if (dirty_ || editing_) return;
+  if (dirty_ || editing_ || !materialized_) return;
   const auto at = reinterpret_cast<std::uintptr_t>(slot);
   const auto begin = reinterpret_cast<std::uintptr_t>(syncedData_);
   if (at >= begin && at < begin + synced_.size() * ElementSize()) MarkDirty();
@@ -247,20 +276,21 @@ void ContainerIndex::PositionsOf(const Object* object, std::vector<std::uint32_t
   out.clear();
   if (keys_) {
     const ZANUnicodeString& id = IndexAccess::KovaId(*object);
-    keys_->byKova.ForEach(id, HashId(id), KeyAtPosition<true>{synced_}, [&](std::uint32_t p) {
-      if (synced_[p] == object) out.push_back(p);
+    keys_->byKova.ForEach(id, HashId(id), KeyAtPosition<true>{*this}, [&](std::uint32_t p) {
+      if (SyncedAt(p) == object) out.push_back(p);
     });
     if (!out.empty()) return;
     // Not under its kOVA id: that id is being changed in another container's pass; the Plexo id,
     // or at worst a walk, finds it.
     const ZANUnicodeString& plexo = IndexAccess::PlexoId(*object);
-    keys_->byPlexo.ForEach(plexo, HashId(plexo), KeyAtPosition<false>{synced_}, [&](std::uint32_t p) {
-      if (synced_[p] == object) out.push_back(p);
+    keys_->byPlexo.ForEach(plexo, HashId(plexo), KeyAtPosition<false>{*this}, [&](std::uint32_t p) {
+      if (SyncedAt(p) == object) out.push_back(p);
     });
     if (!out.empty()) return;
   }
-  for (std::uint32_t p = 0; p < synced_.size(); ++p) {
-    if (synced_[p] == object) out.push_back(p);
+  const std::size_t size = SyncedSize();
+  for (std::uint32_t p = 0; p < size; ++p) {
+    if (SyncedAt(p) == object) out.push_back(p);
   }
 }
 
@@ -271,6 +301,8 @@ std::uint32_t ContainerIndex::FirstPositionOf(const Object* object) const {
 }
 
 void ContainerIndex::ObjectDying(Object& object) {
+  // An object dies in a container only when a caller took it out of a handed-out vector.
+  if (!materialized_) return;
   PositionsOf(&object, changing_);
   for (std::uint32_t p : changing_) {
     if (keys_) Unkey(p, kKovaField | kPlexoField);
@@ -316,62 +348,64 @@ void ContainerIndex::AfterChange(Object& object, unsigned fields) {
 }
 
 std::uint32_t ContainerIndex::FindKova(const ZANUnicodeString& id) const {
-  if (keys_) return keys_->byKova.Find(id, HashId(id), KeyAtPosition<true>{synced_});
-  for (std::uint32_t p = 0; p < synced_.size(); ++p) {
-    if (IndexAccess::KovaId(*synced_[p]) == id) return p;
+  if (keys_) return keys_->byKova.Find(id, HashId(id), KeyAtPosition<true>{*this});
+  const std::size_t size = SyncedSize();
+  for (std::uint32_t p = 0; p < size; ++p) {
+    if (IndexAccess::KovaId(*SyncedAt(p)) == id) return p;
   }
   return kNone;
 }
 
 std::uint32_t ContainerIndex::FindPlexo(const ZANUnicodeString& id) const {
-  if (keys_) return keys_->byPlexo.Find(id, HashId(id), KeyAtPosition<false>{synced_});
-  for (std::uint32_t p = 0; p < synced_.size(); ++p) {
-    if (IndexAccess::PlexoId(*synced_[p]) == id) return p;
+  if (keys_) return keys_->byPlexo.Find(id, HashId(id), KeyAtPosition<false>{*this});
+  const std::size_t size = SyncedSize();
+  for (std::uint32_t p = 0; p < size; ++p) {
+    if (IndexAccess::PlexoId(*SyncedAt(p)) == id) return p;
   }
   return kNone;
 }
 
-std::uint32_t ContainerIndex::FindEqual(const Object& data) {
+std::uint32_t ContainerIndex::FindEqual(const Object& data, Hashes* hashes) {
   KeysIfWanted();
   const ZANUnicodeString& kova = IndexAccess::KovaId(data);
   const ZANUnicodeString& plexo = IndexAccess::PlexoId(data);
   if (!keys_) {
     // A long instance vector of a reference in an indexed table: the table's index names the
     // candidates.
-    if (synced_.size() >= kWalkBelow) {
+    const std::size_t size = SyncedSize();
+    if (size >= kWalkBelow) {
       if (TableInstanceIndex* table = IndexingTable()) return table->FirstEqualIn(*this, data);
     }
-    for (std::uint32_t p = 0; p < synced_.size(); ++p) {
-      if (IndexAccess::KovaId(*synced_[p]) == kova || IndexAccess::PlexoId(*synced_[p]) == plexo) return p;
-    }
-    return kNone;
+    return WalkEqual(kova, plexo);
   }
   // Both searches' first slots are fetched together, so that in a large index their two cache
   // misses overlap.
   const std::size_t kovaHash = HashId(kova);
   const std::size_t plexoHash = HashId(plexo);
+  if (hashes != nullptr) *hashes = Hashes{kovaHash, plexoHash, true};
   keys_->byKova.Prefetch(kovaHash);
   keys_->byPlexo.Prefetch(plexoHash);
-  const std::uint32_t byKova = keys_->byKova.Find(kova, kovaHash, KeyAtPosition<true>{synced_});
-  const std::uint32_t byPlexo = keys_->byPlexo.Find(plexo, plexoHash, KeyAtPosition<false>{synced_});
+  const std::uint32_t byKova = keys_->byKova.Find(kova, kovaHash, KeyAtPosition<true>{*this});
+  const std::uint32_t byPlexo = keys_->byPlexo.Find(plexo, plexoHash, KeyAtPosition<false>{*this});
   return std::min(byKova, byPlexo);
 }
 
-bool ContainerIndex::HasEqual(const Object& data) {
-  if (!keys_ && synced_.size() >= kWalkBelow) {
+bool ContainerIndex::HasEqual(const Object& data, Hashes* hashes) {
+  if (!keys_ && SyncedSize() >= kWalkBelow) {
     KeysIfWanted();
     if (!keys_) {
       if (TableInstanceIndex* table = IndexingTable()) return table->HasEqualIn(*this, data);
     }
   }
-  return FindEqual(data) != kNone;
+  return FindEqual(data, hashes) != kNone;
 }
 
 std::uint32_t ContainerIndex::FirstNotLocal() {
   if (!firstNotLocalKnown_) {
     firstNotLocal_ = kNone;
-    for (std::uint32_t p = 0; p < synced_.size(); ++p) {
-      if (!IndexAccess::IsLocal(*synced_[p])) {
+    const std::size_t size = SyncedSize();
+    for (std::uint32_t p = 0; p < size; ++p) {
+      if (!IndexAccess::IsLocal(*SyncedAt(p))) {
         firstNotLocal_ = p;
         break;
       }
@@ -387,9 +421,13 @@ std::size_t ContainerIndex::IndexBytes() const noexcept {
 
 template <class Handle>
 void VectorIndex<Handle>::EraseAt(std::uint32_t position) {
+  // An object held at several positions moves in table order when one of them goes: that needs
+  // the container's own list of its elements while the vector changes.
+  const bool keepList = materialized_;
+  if (!materialized_ && ObjectLinks::Count(*VectorAt(position), this) > 1) Materialize();
   RemoveAt(position);
   ShiftFrom(position + 1, -1);
-  synced_.erase(synced_.begin() + position);
+  if (materialized_) synced_.erase(synced_.begin() + position);
   {
     // The same result as erasing, without copying handles: the removed handle's object moves to
     // the end by exchanges of the handles' pointers (no reference count or object is touched),
@@ -399,7 +437,25 @@ void VectorIndex<Handle>::EraseAt(std::uint32_t position) {
     vector_.pop_back();
   }
   Resynced();
+  if (!keepList) Dematerialize();
   AfterOwnEdit();
+}
+
+template <class Handle>
+std::uint32_t VectorIndex<Handle>::WalkEqual(const ZANUnicodeString& kova, const ZANUnicodeString& plexo) const {
+  const auto equal = [&](const Object& at) {
+    return IndexAccess::KovaId(at) == kova || IndexAccess::PlexoId(at) == plexo;
+  };
+  if (materialized_) {
+    for (std::uint32_t p = 0; p < synced_.size(); ++p) {
+      if (equal(*synced_[p])) return p;
+    }
+    return kNone;
+  }
+  for (std::uint32_t p = 0; p < vector_.size(); ++p) {
+    if (equal(IndexAccess::Data(vector_[p]))) return p;
+  }
+  return kNone;
 }
 
 template <class Handle>

@@ -70,7 +70,7 @@ class ContainerIndex {
 
   // --- Keeping in step ------------------------------------------------------------------------
 
-  // Whether the vector may differ from the synced elements.
+  // Whether the vector may differ from the synced elements (only a handed-out vector can).
   bool NeedsSync() const noexcept {
     return dirty_ || (handedOut_ && (VectorSize() != synced_.size() || VectorData() != syncedData_));
   }
@@ -99,10 +99,17 @@ class ContainerIndex {
 
   std::uint32_t FindKova(const ZANUnicodeString& id) const;
   std::uint32_t FindPlexo(const ZANUnicodeString& id) const;
+  // The hashes of an object's two ids, as the maps key them: a duplicate check that computed them
+  // hands them on to the append that follows it.
+  struct Hashes {
+    std::size_t kova = 0;
+    std::size_t plexo = 0;
+    bool known = false;
+  };
   // The first position equal to data by the either-id rule.
-  std::uint32_t FindEqual(const KOVAMappingPrivateObject& data);
+  std::uint32_t FindEqual(const KOVAMappingPrivateObject& data, Hashes* hashes = nullptr);
   // Whether some position is equal to data by the either-id rule.
-  bool HasEqual(const KOVAMappingPrivateObject& data);
+  bool HasEqual(const KOVAMappingPrivateObject& data, Hashes* hashes = nullptr);
   // An instance container whose reference is in a table with an instance index keeps no maps of
   // its own: that index answers for it (see TableInstanceIndex). Called when it joins one.
   void DropKeys();
@@ -110,7 +117,12 @@ class ContainerIndex {
   std::uint32_t FirstNotLocal();
   // The first position holding object, or kNone.
   std::uint32_t FirstPositionOf(const KOVAMappingPrivateObject* object) const;
-  const std::vector<KOVAMappingPrivateObject*>& Synced() const noexcept { return synced_; }
+  // The synced elements: how many, and the object at a position (null for a position whose object
+  // was destroyed since).
+  std::size_t SyncedSize() const noexcept { return materialized_ ? synced_.size() : VectorSize(); }
+  KOVAMappingPrivateObject* SyncedAt(std::size_t position) const noexcept {
+    return materialized_ ? synced_[position] : VectorAt(position);
+  }
   // The handle at a position of the vector, shared.
   virtual const std::shared_ptr<KOVAMappingPrivateObject>& ShareAt(std::size_t position) const = 0;
 
@@ -126,13 +138,25 @@ class ContainerIndex {
   virtual const void* VectorData() const noexcept = 0;
   virtual KOVAMappingPrivateObject* VectorAt(std::size_t position) const noexcept = 0;
   virtual std::size_t ElementSize() const noexcept = 0;
+  // The first synced position whose kOVA id is kova or whose Plexo id is plexo, by walking.
+  virtual std::uint32_t WalkEqual(const ZANUnicodeString& kova, const ZANUnicodeString& plexo) const = 0;
 
   // Takes every element of the vector (the index describes nothing yet).
   void SyncAll();
+  // Removes the links of every synced element (the derived class's destructor calls it, while
+  // the vector can still be read).
+  void Unlink();
+  // The container keeps its own list of the synced elements from now on / no longer (only when
+  // its vector cannot change without it).
+  void Materialize();
+  void Dematerialize();
+  void SetSynced(std::size_t position, KOVAMappingPrivateObject* object) noexcept {
+    if (materialized_) synced_[position] = object;
+  }
   void SyncNow();
   // Position p of the synced elements stops holding its object / starts holding object.
   void RemoveAt(std::uint32_t p);
-  void PlaceAt(std::uint32_t p, KOVAMappingPrivateObject* object);
+  void PlaceAt(std::uint32_t p, KOVAMappingPrivateObject* object, const Hashes* hashes = nullptr);
   // Positions at or after from move by delta in the maps and the root position.
   void ShiftFrom(std::uint32_t from, std::int64_t delta);
   void BuildKeys();
@@ -154,13 +178,17 @@ class ContainerIndex {
     bool before_;
   };
 
+  // The synced elements, kept only while they may differ from the vector's: once the vector was
+  // handed out (and for the span of some of the owner's own edits). Otherwise the vector itself
+  // is the list, which saves a pointer per element.
   std::vector<KOVAMappingPrivateObject*> synced_;
+  bool materialized_ = false;
 
  private:
   void MarkDirty();
   // Positions where the synced elements hold object, into out (the earliest first).
   void PositionsOf(const KOVAMappingPrivateObject* object, std::vector<std::uint32_t>& out) const;
-  void Key(std::uint32_t p, unsigned fields);
+  void Key(std::uint32_t p, unsigned fields, const Hashes* hashes = nullptr);
   void Unkey(std::uint32_t p, unsigned fields);
   // Tables holding this container's reference, each once.
   template <class F>
@@ -195,16 +223,17 @@ class VectorIndex final : public ContainerIndex {
     SyncAll();
   }
   VectorIndex(TableIndexes* table, std::vector<Handle>& vector) : ContainerIndex(table), vector_(vector) { SyncAll(); }
+  ~VectorIndex() override { Unlink(); }
 
-  // Appends handle (the container must be synced).
-  void PushBack(const Handle& handle) {
+  // Appends handle (the container must be synced); hashes, when known, are those of its ids.
+  void PushBack(const Handle& handle, const Hashes* hashes = nullptr) {
     {
       Editing editing(*this);
       vector_.push_back(handle);
     }
     Resynced();
-    synced_.push_back(nullptr);
-    PlaceAt(static_cast<std::uint32_t>(synced_.size() - 1), VectorAt(synced_.size() - 1));
+    if (materialized_) synced_.push_back(nullptr);
+    PlaceAt(static_cast<std::uint32_t>(vector_.size() - 1), VectorAt(vector_.size() - 1), hashes);
     AfterOwnEdit();
   }
 
@@ -224,11 +253,13 @@ class VectorIndex final : public ContainerIndex {
 
   // Replaces the whole vector (assignment of the owner): the index syncs against the new content.
   void Assign(const std::vector<Handle>& other) {
+    Materialize();
     {
       Editing editing(*this);
       vector_ = other;
     }
     SyncNow();
+    Dematerialize();
     AfterOwnEdit();
   }
 
@@ -240,6 +271,7 @@ class VectorIndex final : public ContainerIndex {
   const void* VectorData() const noexcept override { return vector_.data(); }
   KOVAMappingPrivateObject* VectorAt(std::size_t position) const noexcept override;
   std::size_t ElementSize() const noexcept override { return sizeof(Handle); }
+  std::uint32_t WalkEqual(const ZANUnicodeString& kova, const ZANUnicodeString& plexo) const override;
 
   std::vector<Handle>& vector_;
 };

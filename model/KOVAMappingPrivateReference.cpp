@@ -58,8 +58,9 @@ InstanceVectorIndex& KOVAMappingPrivateReference::Index() {
 
 HRESULT KOVAMappingPrivateReference::AddInstance(KOVAMappingInstance instance) {
   InstanceVectorIndex& index = Index();
-  if (index.HasEqual(IndexAccess::Data(instance))) return E_FAIL;
-  index.PushBack(instance);
+  ContainerIndex::Hashes hashes;
+  if (index.HasEqual(IndexAccess::Data(instance), &hashes)) return E_FAIL;
+  index.PushBack(instance, &hashes);
   return S_OK;
 }
 

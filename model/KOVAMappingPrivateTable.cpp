@@ -59,10 +59,11 @@ TableIndexes& KOVAMappingPrivateTable::Indexes() {
 
 HRESULT KOVAMappingPrivateTable::AddReference(KOVAMappingReference reference) {
   ReferenceVectorIndex& references = Indexes().References();
-  if (references.FindEqual(IndexAccess::Data(reference)) != kNone) return E_FAIL;
+  ContainerIndex::Hashes hashes;
+  if (references.FindEqual(IndexAccess::Data(reference), &hashes) != kNone) return E_FAIL;
   // At most one reference that is not local: the root.
   if (references.FirstNotLocal() != kNone && !IndexAccess::IsLocal(IndexAccess::Data(reference))) return E_FAIL;
-  references.PushBack(reference);
+  references.PushBack(reference, &hashes);
   return S_OK;
 }
 

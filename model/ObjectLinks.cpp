@@ -64,6 +64,15 @@ bool ObjectLinks::Has(const KOVAMappingPrivateObject& object, const ContainerInd
   return std::any_of(links.begin(), links.end(), [container](std::uintptr_t link) { return Container(link) == container; });
 }
 
+std::size_t ObjectLinks::Count(const KOVAMappingPrivateObject& object, const ContainerIndex* container) noexcept {
+  const std::uintptr_t word = object.links_;
+  if (word == 0) return 0;
+  if ((word & kArray) == 0) return Container(word) == container ? 1 : 0;
+  const std::vector<std::uintptr_t>& links = *Array(word);
+  return static_cast<std::size_t>(
+      std::count_if(links.begin(), links.end(), [container](std::uintptr_t link) { return Container(link) == container; }));
+}
+
 void ObjectLinks::Release(KOVAMappingPrivateObject& object) noexcept {
   if ((object.links_ & kArray) != 0) delete Array(object.links_);
   object.links_ = 0;

@@ -33,13 +33,18 @@ class ObjectLinks {
   static void Release(KOVAMappingPrivateObject& object) noexcept;
 
   static bool Empty(const KOVAMappingPrivateObject& object) noexcept { return object.links_ == 0; }
+  // Whether object has exactly one link.
+  static bool Single(const KOVAMappingPrivateObject& object) noexcept {
+    return object.links_ != 0 && (object.links_ & kArray) == 0;
+  }
   // Whether some link of object is to a handed-out container (an array of links is assumed to
   // have one: the caller then looks).
   static bool MayBeHandedOut(const KOVAMappingPrivateObject& object) noexcept {
     return (object.links_ & (kArray | kHandedOut)) != 0;
   }
-  // Whether object has a link to container.
+  // Whether object has a link to container, and how many.
   static bool Has(const KOVAMappingPrivateObject& object, const ContainerIndex* container) noexcept;
+  static std::size_t Count(const KOVAMappingPrivateObject& object, const ContainerIndex* container) noexcept;
 
   // f(container, handedOut) for every link, in the order they were added.
   template <class F>

@@ -100,6 +100,22 @@ class PositionMap {
   template <class KeyAt, class IsEarlier>
   void Erase(const ZANUnicodeString& key, std::size_t hash, std::uint32_t value, KeyAt&& keyAt,
              IsEarlier&& isEarlier) {
+    // Mostly the value is the first (often the only) one of its key: its slot is the one with the
+    // key's tag and that value, found without reading any key back.
+    const std::uint32_t tag = TagOf(hash);
+    if (!slots_.empty()) {
+      for (std::size_t i = Home(tag, slots_.size());; i = Next(i)) {
+        const Slot& slot = slots_[i];
+        if (slot.value == kEmpty) break;
+        if (slot.tag == tag && (slot.value & kValueMask) == value) {
+          if ((slot.value & kMoreFlag) == 0) {
+            RemoveSlot(i);
+            return;
+          }
+          break;
+        }
+      }
+    }
     const std::size_t i = SlotOf(key, hash, keyAt);
     if (i == kNoSlot) return;
     Slot& slot = slots_[i];

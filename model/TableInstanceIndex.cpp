@@ -32,8 +32,8 @@ TableInstanceIndex& TableIndexes::UpdatedInstances() {
   if (!instances_) {
     // Each reference's instances are brought up to date first, while this table has no instance
     // index to report to: the index then takes them as they are.
-    for (KOVAMappingPrivateObject* reference : references.Synced()) {
-      IndexAccess::InstanceIndex(static_cast<KOVAMappingPrivateReference&>(*reference));
+    for (std::size_t p = 0; p < references.SyncedSize(); ++p) {
+      IndexAccess::InstanceIndex(static_cast<KOVAMappingPrivateReference&>(*references.SyncedAt(p)));
     }
     instances_ = std::make_unique<TableInstanceIndex>(*this);
     instances_->Build();
@@ -70,16 +70,15 @@ bool TableInstanceIndex::IsEarlier::operator()(std::uint32_t a, std::uint32_t b)
 
 void TableInstanceIndex::Build() {
   const ReferenceVectorIndex& references = *table_.ReferencesIfMade();
+  const auto instancesOf = [&references](std::size_t p) {
+    return IndexAccess::InstanceIndexIfMade(static_cast<KOVAMappingPrivateReference&>(*references.SyncedAt(p)));
+  };
   std::size_t total = 0;
-  for (KOVAMappingPrivateObject* reference : references.Synced()) {
-    total += IndexAccess::InstanceIndexIfMade(static_cast<KOVAMappingPrivateReference&>(*reference))->Synced().size();
-  }
+  for (std::size_t p = 0; p < references.SyncedSize(); ++p) total += instancesOf(p)->SyncedSize();
   entries_.reserve(total);
   byKova_.Reserve(total);
   byPlexo_.Reserve(total);
-  for (KOVAMappingPrivateObject* reference : references.Synced()) {
-    ContainerPlaced(*IndexAccess::InstanceIndexIfMade(static_cast<KOVAMappingPrivateReference&>(*reference)));
-  }
+  for (std::size_t p = 0; p < references.SyncedSize(); ++p) ContainerPlaced(*instancesOf(p));
 }
 
 void TableInstanceIndex::Add(std::shared_ptr<KOVAMappingPrivateObject> object, ContainerIndex& container) {
@@ -171,16 +170,15 @@ std::uint32_t TableInstanceIndex::FirstEqualIn(const ContainerIndex& container,
 
 void TableInstanceIndex::ContainerPlaced(ContainerIndex& container) {
   container.DropKeys();
-  const std::vector<KOVAMappingPrivateObject*>& synced = container.Synced();
-  for (std::uint32_t p = 0; p < synced.size(); ++p) {
-    if (synced[p] != nullptr) Placed(container, p);
+  for (std::uint32_t p = 0; p < container.SyncedSize(); ++p) {
+    if (container.SyncedAt(p) != nullptr) Placed(container, p);
   }
   if (container.NeedsSync() || container.CanGrowUnseen()) Watch(container);
 }
 
 void TableInstanceIndex::ContainerRemoved(ContainerIndex& container) {
-  for (KOVAMappingPrivateObject* object : container.Synced()) {
-    if (object != nullptr) Removed(*object, container);
+  for (std::size_t p = 0; p < container.SyncedSize(); ++p) {
+    if (KOVAMappingPrivateObject* object = container.SyncedAt(p)) Removed(*object, container);
   }
 }
 
@@ -198,8 +196,8 @@ void TableInstanceIndex::Reseat(ContainerIndex& container, const KOVAMappingPriv
   if (object != nullptr) {
     gather(*object);
   } else {
-    for (const KOVAMappingPrivateObject* one : container.Synced()) {
-      if (one != nullptr) gather(*one);
+    for (std::size_t p = 0; p < container.SyncedSize(); ++p) {
+      if (const KOVAMappingPrivateObject* one = container.SyncedAt(p)) gather(*one);
     }
   }
   for (std::uint32_t entry : entries) Unkey(entry, kKovaField | kPlexoField);
@@ -207,6 +205,15 @@ void TableInstanceIndex::Reseat(ContainerIndex& container, const KOVAMappingPriv
 }
 
 void TableInstanceIndex::BeforeChange(KOVAMappingPrivateObject& object, ContainerIndex& container, unsigned fields) {
+  // The answer of the last look-up, when it is object's only entry: object is in one container
+  // once, and that container's reference is in one table once.
+  if (lastFound_ < entries_.size() && entries_[lastFound_].object.get() == &object &&
+      entries_[lastFound_].container == &container && ObjectLinks::Single(object) &&
+      ObjectLinks::Single(*container.OwnerReference())) {
+    changing_.push_back(lastFound_);
+    Unkey(lastFound_, fields);
+    return;
+  }
   // Every entry of object in container (one per occurrence of each), gathered before any is unkeyed.
   const std::size_t from = changing_.size();
   const ZANUnicodeString& id = IndexAccess::KovaId(object);
@@ -244,12 +251,16 @@ void TableInstanceIndex::CheckWatched() {
 
 const std::shared_ptr<KOVAMappingPrivateObject>* TableInstanceIndex::FindKova(const ZANUnicodeString& id) const {
   const std::uint32_t entry = byKova_.Find(id, HashId(id), KeyAt<true>{this});
-  return entry == PositionMap::kNone ? nullptr : &entries_[entry].object;
+  if (entry == PositionMap::kNone) return nullptr;
+  lastFound_ = entry;
+  return &entries_[entry].object;
 }
 
 const std::shared_ptr<KOVAMappingPrivateObject>* TableInstanceIndex::FindPlexo(const ZANUnicodeString& id) const {
   const std::uint32_t entry = byPlexo_.Find(id, HashId(id), KeyAt<false>{this});
-  return entry == PositionMap::kNone ? nullptr : &entries_[entry].object;
+  if (entry == PositionMap::kNone) return nullptr;
+  lastFound_ = entry;
+  return &entries_[entry].object;
 }
 
 std::size_t TableInstanceIndex::IndexBytes() const noexcept {

@@ -135,6 +135,8 @@ class TableInstanceIndex {
   std::vector<ContainerIndex*> watched_;
   // Entries of the object being changed, between BeforeChange and AfterChange.
   std::vector<std::uint32_t> changing_;
+  // The entry of the last look-up's answer: a host mostly changes what it just found.
+  mutable std::uint32_t lastFound_ = PositionMap::kNone;
 };
 
 // Nothing to bring up to date, the common case, is decided here without a call.
