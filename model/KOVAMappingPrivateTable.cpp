@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "model/MappingIndex.h"
+#include "model/TableLookups.h"
 
 namespace {
 
@@ -12,6 +13,7 @@ using kova::model::ContainerIndex;
 using kova::model::IndexAccess;
 using kova::model::ReferenceVectorIndex;
 using kova::model::TableIndexes;
+using kova::model::TableInstanceIndex;
 constexpr std::uint32_t kNone = ContainerIndex::kNone;
 
 // The document version of this process, fixed when the library is loaded.
@@ -88,32 +90,40 @@ HRESULT KOVAMappingPrivateTable::RemoveInstance(KOVAMappingInstance& instance, K
   return references_[position].RemoveInstance(instance);
 }
 
-HRESULT KOVAMappingPrivateTable::GetReferenceFromKOVAId(ZANUnicodeString id, KOVAMappingReference& out) {
-  const std::uint32_t position = Indexes().References().FindKova(id);
+namespace kova::model {
+
+HRESULT FindReference(KOVAMappingPrivateTable& table, const ZANUnicodeString& id, bool byKova, KOVAMappingReference& out) {
+  ReferenceVectorIndex& references = IndexAccess::Indexes(table).References();
+  const std::uint32_t position = byKova ? references.FindKova(id) : references.FindPlexo(id);
   if (position == kNone) return E_FAIL;
-  out = references_[position];
+  out = IndexAccess::References(table)[position];
   return S_OK;
+}
+
+HRESULT FindInstance(KOVAMappingPrivateTable& table, const ZANUnicodeString& id, bool byKova, KOVAMappingInstance& out) {
+  TableInstanceIndex& instances = IndexAccess::Indexes(table).Instances();
+  const auto* found = byKova ? instances.FindKova(id) : instances.FindPlexo(id);
+  if (found == nullptr) return E_FAIL;
+  IndexAccess::ShareInto(out, *found);
+  return S_OK;
+}
+
+}  // namespace kova::model
+
+HRESULT KOVAMappingPrivateTable::GetReferenceFromKOVAId(ZANUnicodeString id, KOVAMappingReference& out) {
+  return kova::model::FindReference(*this, id, true, out);
 }
 
 HRESULT KOVAMappingPrivateTable::GetReferenceFromPlexoId(ZANUnicodeString id, KOVAMappingReference& out) {
-  const std::uint32_t position = Indexes().References().FindPlexo(id);
-  if (position == kNone) return E_FAIL;
-  out = references_[position];
-  return S_OK;
+  return kova::model::FindReference(*this, id, false, out);
 }
 
 HRESULT KOVAMappingPrivateTable::GetInstanceFromKOVAId(ZANUnicodeString id, KOVAMappingInstance& out) {
-  const auto* found = Indexes().Instances().FindKova(id);
-  if (found == nullptr) return E_FAIL;
-  IndexAccess::ShareInto(out, *found);
-  return S_OK;
+  return kova::model::FindInstance(*this, id, true, out);
 }
 
 HRESULT KOVAMappingPrivateTable::GetInstanceFromPlexoId(ZANUnicodeString id, KOVAMappingInstance& out) {
-  const auto* found = Indexes().Instances().FindPlexo(id);
-  if (found == nullptr) return E_FAIL;
-  IndexAccess::ShareInto(out, *found);
-  return S_OK;
+  return kova::model::FindInstance(*this, id, false, out);
 }
 
 HRESULT KOVAMappingPrivateTable::GetRootReference(KOVAMappingReference& out) {

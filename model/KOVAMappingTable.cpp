@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include "model/TableLookups.h"
+
 KOVAMappingTable::KOVAMappingTable() : private_(std::make_shared<KOVAMappingPrivateTable>()) {}
 
 KOVAMappingTable::KOVAMappingTable(const KOVAMappingTable& other) = default;
@@ -27,19 +29,19 @@ HRESULT KOVAMappingTable::RemoveInstance(KOVAMappingInstance& instance, KOVAMapp
 }
 
 HRESULT KOVAMappingTable::GetReferenceFromKOVAId(ZANUnicodeString id, KOVAMappingReference& out) {
-  return private_->GetReferenceFromKOVAId(std::move(id), out);
+  return kova::model::FindReference(*private_, id, true, out);
 }
 
 HRESULT KOVAMappingTable::GetReferenceFromPlexoId(ZANUnicodeString id, KOVAMappingReference& out) {
-  return private_->GetReferenceFromPlexoId(std::move(id), out);
+  return kova::model::FindReference(*private_, id, false, out);
 }
 
 HRESULT KOVAMappingTable::GetInstanceFromKOVAId(ZANUnicodeString id, KOVAMappingInstance& out) {
-  return private_->GetInstanceFromKOVAId(std::move(id), out);
+  return kova::model::FindInstance(*private_, id, true, out);
 }
 
 HRESULT KOVAMappingTable::GetInstanceFromPlexoId(ZANUnicodeString id, KOVAMappingInstance& out) {
-  return private_->GetInstanceFromPlexoId(std::move(id), out);
+  return kova::model::FindInstance(*private_, id, false, out);
 }
 
 HRESULT KOVAMappingTable::GetRootReference(KOVAMappingReference& out) { return private_->GetRootReference(out); }
