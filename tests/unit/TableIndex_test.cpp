@@ -24,6 +24,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "model/MappingIndex.h"
@@ -640,6 +641,80 @@ TEST(TableIndex, ReadingWritingAndDumpingHandNothingOut) {
   for (const KOVAMappingReference& reference : Refs(source)) EXPECT_FALSE(IndexAccess::InstancesHandedOut(reference));
   table.GetReferences();
   EXPECT_TRUE(IndexAccess::ReferencesHandedOut(*KOVAPrivateAccess::GetPrivate(table)));
+}
+
+}  // namespace
+
+namespace {
+
+TEST(TableIndex, ConstViewsHandNothingOut) {
+  KOVAMappingTable table = LargeTable();
+  std::size_t instances = 0;
+  for (const KOVAMappingReference& reference : std::as_const(table).GetReferences()) {
+    instances += reference.GetInstances().size();
+  }
+  EXPECT_EQ(instances, 40u);
+  EXPECT_FALSE(IndexAccess::ReferencesHandedOut(*KOVAPrivateAccess::GetPrivate(table)));
+  for (const KOVAMappingReference& reference : Refs(table)) EXPECT_FALSE(IndexAccess::InstancesHandedOut(reference));
+  EXPECT_EQ(&std::as_const(table).GetReferences(), &table.GetReferences());
+}
+
+TEST(TableIndex, AppendToAnEmptyHandedOutVectorWithinItsCapacityIsSeen) {
+  KOVAMappingTable table = LargeTable();
+  KOVAMappingInstance instance;
+  ASSERT_EQ(table.GetInstanceFromKOVAId("i0", instance), S_OK);  // the instance index is in use
+  KOVAMappingReference last = Refs(table).back();
+  std::vector<KOVAMappingInstance>& empty = last.GetInstances();
+  ASSERT_TRUE(empty.empty());
+  empty.reserve(8);  // no element exists to report the change: only the size tells
+  empty.push_back(KOVAMappingInstance("late", "plate", "V2:s", "r39", "null", false));
+  ASSERT_EQ(table.GetInstanceFromPlexoId("plate", instance), S_OK);
+  EXPECT_EQ(instance.GetKOVAID(), "late");
+  empty.push_back(KOVAMappingInstance("later", "plater", "V2:s", "r39", "null", false));
+  ASSERT_EQ(table.GetInstanceFromKOVAId("later", instance), S_OK);
+  EXPECT_EQ(instance.GetPlexoID(), "plater");
+}
+
+TEST(TableIndex, ObjectsOutliveTheirTableAndJoinAnother) {
+  KOVAMappingReference kept;
+  KOVAMappingInstance keptInstance;
+  {
+    KOVAMappingTable table = LargeTable();
+    ASSERT_EQ(table.GetInstanceFromKOVAId("i5", keptInstance), S_OK);
+    ASSERT_EQ(table.GetReferenceFromKOVAId("r0", kept), S_OK);
+  }
+  // The table is gone: its objects live on, and changing them touches no index of it.
+  keptInstance.SetKOVAID("moved");
+  kept.SetPlexoID("pmoved");
+  KOVAMappingTable other;
+  ASSERT_EQ(other.AddReference(kept), S_OK);
+  KOVAMappingInstance found;
+  ASSERT_EQ(other.GetInstanceFromKOVAId("moved", found), S_OK);
+  EXPECT_EQ(IndexAccess::Pointer(found), IndexAccess::Pointer(keptInstance));
+  KOVAMappingReference reference;
+  ASSERT_EQ(other.GetReferenceFromPlexoId("pmoved", reference), S_OK);
+  EXPECT_EQ(other.GetInstances().size(), 40u);
+}
+
+TEST(TableIndex, AReferenceInTwoTablesIsFoundInBothAfterAChange) {
+  KOVAMappingTable first = LargeTable();
+  KOVAMappingTable second;
+  KOVAMappingReference shared = Refs(first).front();
+  ASSERT_EQ(second.AddReference(shared), S_OK);
+  KOVAMappingInstance instance;
+  ASSERT_EQ(first.GetInstanceFromKOVAId("i7", instance), S_OK);
+  ASSERT_EQ(second.GetInstanceFromKOVAId("i7", instance), S_OK);
+  instance.SetKOVAID("seven");
+  KOVAMappingInstance again;
+  EXPECT_EQ(first.GetInstanceFromKOVAId("i7", again), E_FAIL);
+  EXPECT_EQ(second.GetInstanceFromKOVAId("i7", again), E_FAIL);
+  ASSERT_EQ(first.GetInstanceFromKOVAId("seven", again), S_OK);
+  ASSERT_EQ(second.GetInstanceFromKOVAId("seven", again), S_OK);
+  EXPECT_EQ(IndexAccess::Pointer(again), IndexAccess::Pointer(instance));
+  // Removed from one table only: the other still finds it.
+  ASSERT_EQ(first.RemoveReference(shared), S_OK);
+  EXPECT_EQ(first.GetInstanceFromKOVAId("seven", again), E_FAIL);
+  EXPECT_EQ(second.GetInstanceFromKOVAId("seven", again), S_OK);
 }
 
 }  // namespace
