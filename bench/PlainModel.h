@@ -75,20 +75,10 @@ class PlainTable {
   }
 
   void SetPlexo(PlainInstance& instance, const std::string& id) {
-    instance.owner->maps.byPlexo.erase(instance.plexo);
-    auto shared = instances_.byPlexo.extract(instance.plexo);
-    instance.plexo = id;
-    instance.owner->maps.byPlexo.emplace(id, shared.mapped());
-    shared.key() = id;
-    instances_.byPlexo.insert(std::move(shared));
+    Rekey(instance, &PlainObject::plexo, &PlainMaps<PlainInstance>::byPlexo, id);
   }
   void SetKova(PlainInstance& instance, const std::string& id) {
-    instance.owner->maps.byKova.erase(instance.kova);
-    auto shared = instances_.byKova.extract(instance.kova);
-    instance.kova = id;
-    instance.owner->maps.byKova.emplace(id, shared.mapped());
-    shared.key() = id;
-    instances_.byKova.insert(std::move(shared));
+    Rekey(instance, &PlainObject::kova, &PlainMaps<PlainInstance>::byKova, id);
   }
   void SetKova(PlainReference& reference, const std::string& id) {
     auto shared = references_.byKova.extract(reference.kova);
@@ -114,6 +104,19 @@ class PlainTable {
   std::vector<std::shared_ptr<PlainReference>> references;
 
  private:
+  using InstanceMap = std::unordered_map<std::string, std::shared_ptr<PlainInstance>>;
+
+  // Gives instance the id in field, moving it in its reference's map and the table's.
+  void Rekey(PlainInstance& instance, std::string PlainObject::*field, InstanceMap PlainMaps<PlainInstance>::*map,
+             const std::string& id) {
+    (instance.owner->maps.*map).erase(instance.*field);
+    auto shared = (instances_.*map).extract(instance.*field);
+    instance.*field = id;
+    (instance.owner->maps.*map).emplace(id, shared.mapped());
+    shared.key() = id;
+    (instances_.*map).insert(std::move(shared));
+  }
+
   template <class Object>
   static void Fill(PlainObject& plain, const Object& object) {
     plain.kova = object.GetKOVAID().ConvertToChar();

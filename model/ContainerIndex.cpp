@@ -347,23 +347,18 @@ void ContainerIndex::AfterChange(Object& object, unsigned fields) {
   if (kind_ == Kind::kInstances) ForEachTable([keyFields](TableInstanceIndex& t) { t.AfterChange(keyFields); });
 }
 
-std::uint32_t ContainerIndex::FindKova(const ZANUnicodeString& id) const {
-  if (keys_) return keys_->byKova.Find(id, HashId(id), KeyAtPosition<true>{*this});
+template <bool kKova>
+std::uint32_t ContainerIndex::FindId(const ZANUnicodeString& id) const {
+  if (keys_) return (kKova ? keys_->byKova : keys_->byPlexo).Find(id, HashId(id), KeyAtPosition<kKova>{*this});
   const std::size_t size = SyncedSize();
   for (std::uint32_t p = 0; p < size; ++p) {
-    if (IndexAccess::KovaId(*SyncedAt(p)) == id) return p;
+    if ((kKova ? IndexAccess::KovaId(*SyncedAt(p)) : IndexAccess::PlexoId(*SyncedAt(p))) == id) return p;
   }
   return kNone;
 }
 
-std::uint32_t ContainerIndex::FindPlexo(const ZANUnicodeString& id) const {
-  if (keys_) return keys_->byPlexo.Find(id, HashId(id), KeyAtPosition<false>{*this});
-  const std::size_t size = SyncedSize();
-  for (std::uint32_t p = 0; p < size; ++p) {
-    if (IndexAccess::PlexoId(*SyncedAt(p)) == id) return p;
-  }
-  return kNone;
-}
+std::uint32_t ContainerIndex::FindKova(const ZANUnicodeString& id) const { return FindId<true>(id); }
+std::uint32_t ContainerIndex::FindPlexo(const ZANUnicodeString& id) const { return FindId<false>(id); }
 
 std::uint32_t ContainerIndex::FindEqual(const Object& data, Hashes* hashes) {
   KeysIfWanted();
@@ -413,10 +408,6 @@ std::uint32_t ContainerIndex::FirstNotLocal() {
     firstNotLocalKnown_ = true;
   }
   return firstNotLocal_;
-}
-
-std::size_t ContainerIndex::IndexBytes() const noexcept {
-  return synced_.capacity() * sizeof(Object*) + (keys_ ? keys_->byKova.SlotBytes() + keys_->byPlexo.SlotBytes() : 0);
 }
 
 template <class Handle>

@@ -63,7 +63,6 @@ class ContainerIndex {
   ContainerIndex& operator=(const ContainerIndex&) = delete;
   virtual ~ContainerIndex();
 
-  Kind GetKind() const noexcept { return kind_; }
   // For instances: the private reference whose vector this is. For references: the table's indexes.
   KOVAMappingPrivateReference* OwnerReference() const noexcept { return ownerReference_; }
   TableIndexes* OwnerTable() const noexcept { return ownerTable_; }
@@ -79,7 +78,6 @@ class ContainerIndex {
   }
   // The vector is being handed out to a caller: from now on it may change without the owner.
   void HandOut();
-  bool HandedOut() const noexcept { return handedOut_; }
   // A handed-out instance vector that can gain elements unseen (room left, or empty): tables
   // holding its reference check it before each instance look-up.
   bool CanGrowUnseen() const noexcept {
@@ -125,9 +123,6 @@ class ContainerIndex {
   }
   // The handle at a position of the vector, shared.
   virtual const std::shared_ptr<KOVAMappingPrivateObject>& ShareAt(std::size_t position) const = 0;
-
-  // Bytes of memory the index uses for its elements (synced elements and maps).
-  std::size_t IndexBytes() const noexcept;
 
  protected:
   explicit ContainerIndex(KOVAMappingPrivateReference* reference);
@@ -186,6 +181,8 @@ class ContainerIndex {
 
  private:
   void MarkDirty();
+  template <bool kKova>
+  std::uint32_t FindId(const ZANUnicodeString& id) const;
   // Positions where the synced elements hold object, into out (the earliest first).
   void PositionsOf(const KOVAMappingPrivateObject* object, std::vector<std::uint32_t>& out) const;
   void Key(std::uint32_t p, unsigned fields, const Hashes* hashes = nullptr);

@@ -180,8 +180,6 @@ class PositionMap {
     }
   }
 
-  std::size_t Keys() const noexcept { return count_; }
-  std::size_t SlotBytes() const noexcept { return slots_.capacity() * sizeof(Slot); }
 
  private:
   static constexpr std::uint32_t kEmpty = 0xFFFFFFFFu;

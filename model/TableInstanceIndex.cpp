@@ -42,10 +42,6 @@ TableInstanceIndex& TableIndexes::UpdatedInstances() {
   return *instances_;
 }
 
-std::size_t TableIndexes::IndexBytes() const noexcept {
-  return (references_ ? references_->IndexBytes() : 0) + (instances_ ? instances_->IndexBytes() : 0);
-}
-
 // --- TableInstanceIndex ---------------------------------------------------------------------------
 
 template <bool kKova>
@@ -261,11 +257,6 @@ const std::shared_ptr<KOVAMappingPrivateObject>* TableInstanceIndex::FindPlexo(c
   if (entry == PositionMap::kNone) return nullptr;
   lastFound_ = entry;
   return &entries_[entry].object;
-}
-
-std::size_t TableInstanceIndex::IndexBytes() const noexcept {
-  return entries_.capacity() * sizeof(Entry) + free_.capacity() * sizeof(std::uint32_t) + byKova_.SlotBytes() +
-         byPlexo_.SlotBytes();
 }
 
 }  // namespace kova::model

@@ -55,7 +55,6 @@ class TableIndexes {
   TableInstanceIndex* InstancesIfMade() noexcept { return instances_.get(); }
   KOVAMappingPrivateTable& Table() noexcept { return table_; }
 
-  std::size_t IndexBytes() const noexcept;
 
  private:
   TableInstanceIndex& UpdatedInstances();
@@ -103,7 +102,6 @@ class TableInstanceIndex {
   const std::shared_ptr<KOVAMappingPrivateObject>* FindKova(const ZANUnicodeString& id) const;
   const std::shared_ptr<KOVAMappingPrivateObject>* FindPlexo(const ZANUnicodeString& id) const;
 
-  std::size_t IndexBytes() const noexcept;
 
  private:
   struct Entry {
