@@ -386,7 +386,9 @@ std::uint32_t ContainerIndex::FindEqual(const Object& data, Hashes* hashes) {
 }
 
 bool ContainerIndex::HasEqual(const Object& data, Hashes* hashes) {
-  if (!keys_ && SyncedSize() >= kWalkBelow) {
+  if (!keys_) {
+    // A short vector, the common case while a document is read: one walk, nothing else.
+    if (SyncedSize() < kWalkBelow) return WalkEqual(IndexAccess::KovaId(data), IndexAccess::PlexoId(data)) != kNone;
     KeysIfWanted();
     if (!keys_) {
       if (TableInstanceIndex* table = IndexingTable()) return table->HasEqualIn(*this, data);
@@ -408,6 +410,18 @@ std::uint32_t ContainerIndex::FirstNotLocal() {
     firstNotLocalKnown_ = true;
   }
   return firstNotLocal_;
+}
+
+template <class Handle>
+void VectorIndex<Handle>::PushBack(const Handle& handle, const Hashes* hashes) {
+  {
+    Editing editing(*this);
+    vector_.push_back(handle);
+  }
+  Resynced();
+  if (materialized_) synced_.push_back(nullptr);
+  PlaceAt(static_cast<std::uint32_t>(vector_.size() - 1), IndexAccess::MutablePointer(vector_.back()), hashes);
+  AfterOwnEdit();
 }
 
 template <class Handle>

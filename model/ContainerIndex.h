@@ -194,7 +194,7 @@ class ContainerIndex {
   Kind kind_;
   KOVAMappingPrivateReference* ownerReference_ = nullptr;
   TableIndexes* ownerTable_ = nullptr;
-  const void* syncedData_ = nullptr;
+  const void* syncedData_ = nullptr;  // the vector's buffer as of the last sync
   // The position maps, from kWalkBelow elements on (see above).
   struct Keys {
     PositionMap byKova;
@@ -223,16 +223,7 @@ class VectorIndex final : public ContainerIndex {
   ~VectorIndex() override { Unlink(); }
 
   // Appends handle (the container must be synced); hashes, when known, are those of its ids.
-  void PushBack(const Handle& handle, const Hashes* hashes = nullptr) {
-    {
-      Editing editing(*this);
-      vector_.push_back(handle);
-    }
-    Resynced();
-    if (materialized_) synced_.push_back(nullptr);
-    PlaceAt(static_cast<std::uint32_t>(vector_.size() - 1), VectorAt(vector_.size() - 1), hashes);
-    AfterOwnEdit();
-  }
+  void PushBack(const Handle& handle, const Hashes* hashes = nullptr);
 
   // Removes the element at position (the container must be synced).
   void EraseAt(std::uint32_t position);

@@ -6,13 +6,8 @@
 
 namespace kova::model {
 
-void ObjectLinks::Add(KOVAMappingPrivateObject& object, ContainerIndex* container, bool handedOut) {
-  const std::uintptr_t link = reinterpret_cast<std::uintptr_t>(container) | (handedOut ? kHandedOut : 0);
+void ObjectLinks::AddToMore(KOVAMappingPrivateObject& object, std::uintptr_t link) {
   std::uintptr_t& word = object.links_;
-  if (word == 0) {
-    word = link;
-    return;
-  }
   if ((word & kArray) == 0) {
     auto* links = new std::vector<std::uintptr_t>{word, link};
     word = reinterpret_cast<std::uintptr_t>(links) | kArray;

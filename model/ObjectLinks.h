@@ -24,7 +24,14 @@ class ContainerIndex;
 class ObjectLinks {
  public:
   // Adds one link of object to container.
-  static void Add(KOVAMappingPrivateObject& object, ContainerIndex* container, bool handedOut);
+  static void Add(KOVAMappingPrivateObject& object, ContainerIndex* container, bool handedOut) {
+    const std::uintptr_t link = reinterpret_cast<std::uintptr_t>(container) | (handedOut ? kHandedOut : 0);
+    if (object.links_ == 0) {
+      object.links_ = link;  // the common case: the object's first container
+      return;
+    }
+    AddToMore(object, link);
+  }
   // Removes one link of object to container (there must be one).
   static void Remove(KOVAMappingPrivateObject& object, ContainerIndex* container);
   // Flags every link of object to container as handed out.
@@ -78,6 +85,8 @@ class ObjectLinks {
   }
 
  private:
+  static void AddToMore(KOVAMappingPrivateObject& object, std::uintptr_t link);
+
   static constexpr std::uintptr_t kArray = 1;
   static constexpr std::uintptr_t kHandedOut = 2;
   static constexpr std::uintptr_t kFlags = kArray | kHandedOut;

@@ -74,9 +74,14 @@ class PositionMap {
   template <class KeyAt, class IsEarlier>
   void Insert(const ZANUnicodeString& key, std::size_t hash, std::uint32_t value, KeyAt&& keyAt,
               IsEarlier&& isEarlier) {
-    const std::size_t found = SlotOf(key, hash, keyAt);
-    if (found != kNoSlot) {
-      Slot& slot = slots_[found];
+    // Room first, so that one probe either finds the key or ends on the slot the key takes.
+    if (!Fits(count_ + 1, slots_.size())) Rehash(std::max(SizeFor(count_ + 1), slots_.size() * 2));
+    const std::uint32_t tag = TagOf(hash);
+    std::size_t i = Home(tag, slots_.size());
+    for (;; i = Next(i)) {
+      Slot& slot = slots_[i];
+      if (slot.value == kEmpty) break;
+      if (slot.tag != tag || !(keyAt(slot.value & kValueMask) == key)) continue;
       const std::uint32_t first = slot.value & kValueMask;
       std::vector<std::uint32_t>& more = More(key);
       if (isEarlier(value, first)) {
@@ -88,10 +93,6 @@ class PositionMap {
       }
       return;
     }
-    if (!Fits(count_ + 1, slots_.size())) Rehash(std::max(SizeFor(count_ + 1), slots_.size() * 2));
-    const std::uint32_t tag = TagOf(hash);
-    std::size_t i = Home(tag, slots_.size());
-    while (slots_[i].value != kEmpty) i = Next(i);
     slots_[i] = Slot{tag, value};
     ++count_;
   }
