@@ -155,7 +155,7 @@ void ContainerIndex::PlaceAt(std::uint32_t p, Object* object, const Hashes* hash
     instances = &IndexAccess::InstanceIndex(static_cast<KOVAMappingPrivateReference&>(*object));
   }
   ObjectLinks::Add(*object, this, handedOut_);
-  if (keys_) Key(p, kKovaField | kPlexoField, hashes);
+  if (keys_) Key(p, kKovaField | kPlexoField, hashes, object);
   if (kind_ == Kind::kReferences) {
     if (firstNotLocalKnown_ && !IndexAccess::IsLocal(*object) && (firstNotLocal_ == kNone || p < firstNotLocal_)) {
       firstNotLocal_ = p;
@@ -179,8 +179,8 @@ void ContainerIndex::ShiftFrom(std::uint32_t from, std::int64_t delta) {
   }
 }
 
-void ContainerIndex::Key(std::uint32_t p, unsigned fields, const Hashes* hashes) {
-  const Object& object = *SyncedAt(p);
+void ContainerIndex::Key(std::uint32_t p, unsigned fields, const Hashes* hashes, const Object* at) {
+  const Object& object = at != nullptr ? *at : *SyncedAt(p);
   const bool known = hashes != nullptr && hashes->known;
   if ((fields & kKovaField) != 0) {
     const ZANUnicodeString& id = IndexAccess::KovaId(object);
@@ -233,6 +233,7 @@ void ContainerIndex::KeysIfWanted() {
 void ContainerIndex::DropKeys() { keys_.reset(); }
 
 void ContainerIndex::AfterOwnEdit() {
+  if (keys_ && !handedOut_) return;  // the common case: nothing to build, no table to tell
   KeysIfWanted();
   if (kind_ == Kind::kInstances && CanGrowUnseen()) ForEachTable([this](TableInstanceIndex& t) { t.Watch(*this); });
 }
@@ -361,7 +362,7 @@ std::uint32_t ContainerIndex::FindKova(const ZANUnicodeString& id) const { retur
 std::uint32_t ContainerIndex::FindPlexo(const ZANUnicodeString& id) const { return FindId<false>(id); }
 
 std::uint32_t ContainerIndex::FindEqual(const Object& data, Hashes* hashes) {
-  KeysIfWanted();
+  if (!keys_) KeysIfWanted();
   const ZANUnicodeString& kova = IndexAccess::KovaId(data);
   const ZANUnicodeString& plexo = IndexAccess::PlexoId(data);
   if (!keys_) {
@@ -418,7 +419,7 @@ void VectorIndex<Handle>::PushBack(const Handle& handle, const Hashes* hashes) {
     Editing editing(*this);
     vector_.push_back(handle);
   }
-  Resynced();
+  syncedData_ = vector_.data();
   if (materialized_) synced_.push_back(nullptr);
   PlaceAt(static_cast<std::uint32_t>(vector_.size() - 1), IndexAccess::MutablePointer(vector_.back()), hashes);
   AfterOwnEdit();

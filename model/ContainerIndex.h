@@ -178,6 +178,7 @@ class ContainerIndex {
   // is the list, which saves a pointer per element.
   std::vector<KOVAMappingPrivateObject*> synced_;
   bool materialized_ = false;
+  const void* syncedData_ = nullptr;  // the vector's buffer as of the last sync
 
  private:
   void MarkDirty();
@@ -185,7 +186,8 @@ class ContainerIndex {
   std::uint32_t FindId(const ZANUnicodeString& id) const;
   // Positions where the synced elements hold object, into out (the earliest first).
   void PositionsOf(const KOVAMappingPrivateObject* object, std::vector<std::uint32_t>& out) const;
-  void Key(std::uint32_t p, unsigned fields, const Hashes* hashes = nullptr);
+  // Keys position p (whose object is at, when the caller has it at hand).
+  void Key(std::uint32_t p, unsigned fields, const Hashes* hashes = nullptr, const KOVAMappingPrivateObject* at = nullptr);
   void Unkey(std::uint32_t p, unsigned fields);
   // Tables holding this container's reference, each once.
   template <class F>
@@ -194,7 +196,6 @@ class ContainerIndex {
   Kind kind_;
   KOVAMappingPrivateReference* ownerReference_ = nullptr;
   TableIndexes* ownerTable_ = nullptr;
-  const void* syncedData_ = nullptr;  // the vector's buffer as of the last sync
   // The position maps, from kWalkBelow elements on (see above).
   struct Keys {
     PositionMap byKova;

@@ -3,6 +3,13 @@
 // A handle holds nothing but a shared pointer to its private object and is never empty. Copy
 // construction shares the private object; assignment, deliberately, gives the target a fresh,
 // independent copy of the source's base private object.
+//
+// A handle stored in a vector that a table or reference handed out tells the table's indexes when
+// it is assigned or destroyed there, so in-place changes of those vectors are seen.
+//
+// Thread safety: the reference count is atomic; nothing else is. Copying, assigning or destroying
+// a handle uses its object: an object held by a table is used by one thread at a time, like the
+// table.
 #ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGOBJECT_H_
 #define KOVAMAPPINGSERVICES_KOVAMAPPINGOBJECT_H_
 
