@@ -26,7 +26,9 @@ class KOVA_EXPORT KOVAMappingReference : public KOVAMappingObject {
   HRESULT AddInstance(KOVAMappingInstance instance);
   HRESULT RemoveInstance(KOVAMappingInstance instance);
   // The instance vector itself, to change in place (see KOVAMappingPrivateReference::GetInstances:
-  // handing it out costs nothing, the indexes follow the caller's changes).
+  // handing it out costs nothing, the indexes follow the caller's changes). A vector handed out
+  // empty or with room left is checked by size at every instance look-up of the tables holding
+  // this reference: to read, use the const overload.
   std::vector<KOVAMappingInstance>& GetInstances();
   // The instance vector, read-only: costs nothing and changes nothing. Reached on a const handle,
   // e.g. std::as_const(reference).GetInstances().
