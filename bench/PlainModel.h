@@ -50,19 +50,23 @@ struct PlainReference : PlainObject {
 
 class PlainTable {
  public:
-  // The same references and instances, with the same ids, as table.
-  explicit PlainTable(const KOVAMappingTable& table) {
-    for (const KOVAMappingReference& reference : table.GetReferences()) {
-      auto plain = std::make_shared<PlainReference>();
-      Fill(*plain, reference);
-      for (const KOVAMappingInstance& instance : reference.GetInstances()) {
-        auto one = std::make_shared<PlainInstance>();
-        Fill(*one, instance);
-        one->owner = plain.get();
-        plain->instances.push_back(one);
-        plain->maps.Add(one);
+  // The same references and instances, with the same ids, as a table's content (GetContent(), each
+  // element marked as reference or instance).
+  PlainTable(const std::vector<KOVAMappingObject>& content, const std::vector<bool>& isReference) {
+    std::shared_ptr<PlainReference> current;
+    for (std::size_t i = 0; i <= content.size(); ++i) {
+      if (i == content.size() || isReference[i]) {
+        if (current) AddReference(current);
+        if (i == content.size()) break;
+        current = std::make_shared<PlainReference>();
+        Fill(*current, content[i]);
+        continue;
       }
-      AddReference(plain);
+      auto one = std::make_shared<PlainInstance>();
+      Fill(*one, content[i]);
+      one->owner = current.get();
+      current->instances.push_back(one);
+      current->maps.Add(one);
     }
   }
 

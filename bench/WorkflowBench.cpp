@@ -11,6 +11,8 @@
 // Each runs on the library ("library/..."), on a model written the straightforward way
 // ("plain/...", bench/PlainModel.h) and, for lookup at 10k and 100k, on the walk that defines the
 // answers ("walk/lookup"). One iteration is one step; compare the steps of one size within one run.
+// Only calls that every version of the library offers are used, so the same source measures an
+// earlier build beside this one.
 #include <KOVAMappingServices/KOVAMappingParser.h>
 #include <KOVAMappingServices/KOVAMappingTable.h>
 
@@ -51,6 +53,9 @@ struct Fixture {
   std::vector<std::string> plainPlexo[2];
   std::vector<std::uint32_t> instanceOrder;
   std::vector<std::uint32_t> referenceOrder;
+  // Every reference's Plexo id, in document order, and the number of objects.
+  std::vector<ZANUnicodeString> referencePlexo;
+  std::size_t objects = 0;
   // For rename: every object of GetContent(), whether it is a reference, and its two kOVA ids.
   std::vector<KOVAMappingObject> content;
   std::vector<bool> isReference;
@@ -83,18 +88,30 @@ std::unique_ptr<Fixture> MakeFixture(Shape shape, std::size_t objects, bool plai
                                                  f->table) != S_OK) {
     return nullptr;
   }
-  const KOVAMappingTable& table = f->table;
-  for (const KOVAMappingReference& reference : table.GetReferences()) {
-    for (const KOVAMappingInstance& instance : reference.GetInstances()) {
-      f->instanceKova.push_back(instance.GetKOVAID());
-      f->instancePlexo[0].push_back(instance.GetPlexoID());
-      f->instancePlexo[1].push_back(ZANUnicodeString("~") + instance.GetPlexoID());
+  // Copies of the content: neither call hands out a vector of the table.
+  const std::vector<KOVAMappingInstance> instances = f->table.GetInstances();
+  for (const KOVAMappingInstance& instance : instances) {
+    f->instanceKova.push_back(instance.GetKOVAID());
+    f->instancePlexo[0].push_back(instance.GetPlexoID());
+    f->instancePlexo[1].push_back(ZANUnicodeString("~") + instance.GetPlexoID());
+  }
+  for (const std::string& id : doc.referencePlexoIds) f->referencePlexo.push_back(ZANUnicodeString::FromValidUTF8(id));
+  f->objects = doc.objects;
+  f->instanceOrder = Shuffled(f->instanceKova.size(), 7);
+  f->referenceOrder = Shuffled(f->referencePlexo.size(), 11);
+  if (plain || content) {
+    // Each element of the content is the next instance, or else a reference (generated ids are
+    // unique).
+    f->content = f->table.GetContent();
+    std::size_t next = 0;
+    for (const KOVAMappingObject& object : f->content) {
+      const bool instance = next < instances.size() && object.GetKOVAID() == instances[next].GetKOVAID();
+      f->isReference.push_back(!instance);
+      if (instance) ++next;
     }
   }
-  f->instanceOrder = Shuffled(f->instanceKova.size(), 7);
-  f->referenceOrder = Shuffled(table.GetReferences().size(), 11);
   if (plain) {
-    f->plain = std::make_unique<PlainTable>(table);
+    f->plain = std::make_unique<PlainTable>(f->content, f->isReference);
     for (std::size_t i = 0; i < f->instanceKova.size(); ++i) {
       f->plainKova.push_back(f->instanceKova[i].ConvertToChar());
       f->plainPlexo[0].push_back(f->instancePlexo[0][i].ConvertToChar());
@@ -102,11 +119,6 @@ std::unique_ptr<Fixture> MakeFixture(Shape shape, std::size_t objects, bool plai
     }
   }
   if (content) {
-    f->content = table.GetContent();
-    for (const KOVAMappingReference& reference : table.GetReferences()) {
-      f->isReference.push_back(true);
-      f->isReference.insert(f->isReference.end(), reference.GetInstances().size(), false);
-    }
     for (const KOVAMappingObject& object : f->content) {
       f->contentKova[0].push_back(object.GetKOVAID());
       f->contentKova[1].push_back(ZANUnicodeString("~") + object.GetKOVAID());
@@ -161,8 +173,7 @@ std::uint32_t Step(Fixture& f, const std::vector<std::uint32_t>& order) {
 
 void Finish(benchmark::State& state, const Fixture& f) {
   state.SetItemsProcessed(state.iterations());
-  state.counters["objects"] = benchmark::Counter(
-      static_cast<double>(f.instanceKova.size() + f.table.GetReferences().size()), benchmark::Counter::kAvgThreads);
+  state.counters["objects"] = benchmark::Counter(static_cast<double>(f.objects), benchmark::Counter::kAvgThreads);
 }
 
 #define KOVA_FIXTURE(plain, content)                                           \
@@ -264,11 +275,12 @@ void LibraryTwoTables(benchmark::State& state) {
 
 void LibraryRemoveReadd(benchmark::State& state) {
   KOVA_FIXTURE(false, false);
-  const std::size_t count = f.referenceOrder.size();
+  const std::size_t count = f.referencePlexo.size();
   std::mt19937 random(3);
+  KOVAMappingReference reference;
   for (auto _ : state) {
-    KOVAMappingReference reference = std::as_const(f.table).GetReferences()[random() % count];
-    if (f.table.RemoveReference(reference) != S_OK || f.table.AddReference(reference) != S_OK) {
+    if (f.table.GetReferenceFromPlexoId(f.referencePlexo[random() % count], reference) != S_OK ||
+        f.table.RemoveReference(reference) != S_OK || f.table.AddReference(reference) != S_OK) {
       state.SkipWithError("remove or add failed");
     }
   }
@@ -382,11 +394,10 @@ void PlainRemoveReadd(benchmark::State& state) {
 
 void WalkLookup(benchmark::State& state) {
   KOVA_FIXTURE(false, false);
-  const KOVAMappingTable& table = f.table;
   for (auto _ : state) {
     const ZANUnicodeString& id = f.instanceKova[Step(f, f.instanceOrder)];
     const KOVAMappingInstance* found = nullptr;
-    for (const KOVAMappingReference& reference : table.GetReferences()) {
+    for (KOVAMappingReference& reference : f.table.GetReferences()) {
       for (const KOVAMappingInstance& instance : reference.GetInstances()) {
         if (instance.GetKOVAID() == id) {
           found = &instance;

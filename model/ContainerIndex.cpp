@@ -128,6 +128,10 @@ void ContainerIndex::RemoveAt(std::uint32_t p) {
     TableInstanceIndex* table = ownerTable_->InstancesIfMade();
     InstanceVectorIndex* instances = IndexAccess::InstanceIndexIfMade(reference);
     if (table == nullptr || instances == nullptr) return;
+    if (ownerTable_->OutweighsInstances(*instances)) {
+      ownerTable_->DropInstances();
+      return;
+    }
     // One set of entries per occurrence of the reference in the table.
     table->ContainerRemoved(*instances);
     if (stillHeld) {
@@ -160,7 +164,13 @@ void ContainerIndex::PlaceAt(std::uint32_t p, Object* object, const Hashes* hash
     if (firstNotLocalKnown_ && !IndexAccess::IsLocal(*object) && (firstNotLocal_ == kNone || p < firstNotLocal_)) {
       firstNotLocal_ = p;
     }
-    if (table != nullptr) table->ContainerPlaced(*instances);
+    if (table != nullptr) {
+      if (ownerTable_->OutweighsInstances(*instances)) {
+        ownerTable_->DropInstances();
+      } else {
+        table->ContainerPlaced(*instances);
+      }
+    }
     return;
   }
   ObjectLinks::ForEach(*ownerReference_, [this, p](ContainerIndex* references, bool) {

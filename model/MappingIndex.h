@@ -75,15 +75,8 @@ struct IndexAccess {
   static InstanceVectorIndex* InstanceIndexIfMade(const KOVAMappingPrivateReference& reference) noexcept {
     return reference.index_.get();
   }
-  static std::vector<KOVAMappingInstance>& InstanceVector(KOVAMappingPrivateReference& reference) noexcept {
-    return reference.instances_;
-  }
-  static bool InstancesHandedOut(const KOVAMappingPrivateReference& reference) noexcept {
-    return reference.instancesHandedOut_;
-  }
   // The indexes of a table, made if need be (not synced: see TableIndexes).
   static TableIndexes& Indexes(KOVAMappingPrivateTable& table) { return table.Indexes(); }
-  static TableIndexes* IndexesIfMade(const KOVAMappingPrivateTable& table) noexcept { return table.indexes_.get(); }
   static std::vector<KOVAMappingReference>& ReferenceVector(KOVAMappingPrivateTable& table) noexcept {
     return table.references_;
   }

@@ -27,6 +27,10 @@ ReferenceVectorIndex& TableIndexes::References() {
   return *references_;
 }
 
+bool TableIndexes::OutweighsInstances(const ContainerIndex& instances) const noexcept {
+  return instances_ && instances.SyncedSize() >= kWalkBelow && instances.SyncedSize() * 2 >= instances_->Entries();
+}
+
 TableInstanceIndex& TableIndexes::UpdatedInstances() {
   ReferenceVectorIndex& references = References();
   if (!instances_) {
@@ -90,39 +94,33 @@ void TableInstanceIndex::Add(std::shared_ptr<KOVAMappingPrivateObject> object, C
   Key(entry, kKovaField | kPlexoField);
 }
 
-void TableInstanceIndex::Key(std::uint32_t entry, unsigned fields) {
+// op(map, id, keyAt) for the maps of the given fields, with the entry's id in that map.
+template <class Op>
+void TableInstanceIndex::ForKeys(std::uint32_t entry, unsigned fields, Op&& op) {
   const KOVAMappingPrivateObject& object = *entries_[entry].object;
-  if ((fields & kKovaField) != 0) {
-    const ZANUnicodeString& id = IndexAccess::KovaId(object);
-    byKova_.Insert(id, HashId(id), entry, KeyAt<true>{this}, IsEarlier{this});
-  }
-  if ((fields & kPlexoField) != 0) {
-    const ZANUnicodeString& id = IndexAccess::PlexoId(object);
-    byPlexo_.Insert(id, HashId(id), entry, KeyAt<false>{this}, IsEarlier{this});
-  }
+  if ((fields & kKovaField) != 0) op(byKova_, IndexAccess::KovaId(object), KeyAt<true>{this});
+  if ((fields & kPlexoField) != 0) op(byPlexo_, IndexAccess::PlexoId(object), KeyAt<false>{this});
+}
+
+void TableInstanceIndex::Key(std::uint32_t entry, unsigned fields) {
+  ForKeys(entry, fields, [this, entry](PositionMap& map, const ZANUnicodeString& id, auto keyAt) {
+    map.Insert(id, HashId(id), entry, keyAt, IsEarlier{this});
+  });
 }
 
 void TableInstanceIndex::Unkey(std::uint32_t entry, unsigned fields) {
-  const KOVAMappingPrivateObject& object = *entries_[entry].object;
-  if ((fields & kKovaField) != 0) {
-    const ZANUnicodeString& id = IndexAccess::KovaId(object);
-    byKova_.Erase(id, HashId(id), entry, KeyAt<true>{this}, IsEarlier{this});
-  }
-  if ((fields & kPlexoField) != 0) {
-    const ZANUnicodeString& id = IndexAccess::PlexoId(object);
-    byPlexo_.Erase(id, HashId(id), entry, KeyAt<false>{this}, IsEarlier{this});
-  }
+  ForKeys(entry, fields, [this, entry](PositionMap& map, const ZANUnicodeString& id, auto keyAt) {
+    map.Erase(id, HashId(id), entry, keyAt, IsEarlier{this});
+  });
 }
 
-std::uint32_t TableInstanceIndex::EntryOf(const KOVAMappingPrivateObject& object, const ContainerIndex& container) const {
-  std::uint32_t found = PositionMap::kNone;
+template <class F>
+void TableInstanceIndex::ForEachEntryOf(const KOVAMappingPrivateObject& object, const ContainerIndex& container,
+                                        F&& f) const {
   const ZANUnicodeString& id = IndexAccess::KovaId(object);
   byKova_.ForEach(id, HashId(id), KeyAt<true>{this}, [&](std::uint32_t entry) {
-    if (found == PositionMap::kNone && entries_[entry].object.get() == &object && entries_[entry].container == &container) {
-      found = entry;
-    }
+    if (entries_[entry].object.get() == &object && entries_[entry].container == &container) f(entry);
   });
-  return found;
 }
 
 void TableInstanceIndex::Placed(ContainerIndex& container, std::uint32_t position) {
@@ -130,7 +128,10 @@ void TableInstanceIndex::Placed(ContainerIndex& container, std::uint32_t positio
 }
 
 void TableInstanceIndex::Removed(KOVAMappingPrivateObject& object, ContainerIndex& container) {
-  const std::uint32_t entry = EntryOf(object, container);
+  std::uint32_t entry = PositionMap::kNone;
+  ForEachEntryOf(object, container, [&entry](std::uint32_t one) {
+    if (entry == PositionMap::kNone) entry = one;
+  });
   if (entry == PositionMap::kNone) return;
   Unkey(entry, kKovaField | kPlexoField);
   // Let go of the object last: this may be its last owner.
@@ -180,13 +181,10 @@ void TableInstanceIndex::ContainerRemoved(ContainerIndex& container) {
 
 void TableInstanceIndex::Reseat(ContainerIndex& container, const KOVAMappingPrivateObject* object) {
   std::vector<std::uint32_t> entries;
+  // An object held at several positions is met several times: its entries are taken once.
   const auto gather = [&](const KOVAMappingPrivateObject& one) {
-    const ZANUnicodeString& id = IndexAccess::KovaId(one);
-    byKova_.ForEach(id, HashId(id), KeyAt<true>{this}, [&](std::uint32_t entry) {
-      if (entries_[entry].object.get() == &one && entries_[entry].container == &container &&
-          std::find(entries.begin(), entries.end(), entry) == entries.end()) {
-        entries.push_back(entry);
-      }
+    ForEachEntryOf(one, container, [&entries](std::uint32_t entry) {
+      if (std::find(entries.begin(), entries.end(), entry) == entries.end()) entries.push_back(entry);
     });
   };
   if (object != nullptr) {
@@ -212,10 +210,7 @@ void TableInstanceIndex::BeforeChange(KOVAMappingPrivateObject& object, Containe
   }
   // Every entry of object in container (one per occurrence of each), gathered before any is unkeyed.
   const std::size_t from = changing_.size();
-  const ZANUnicodeString& id = IndexAccess::KovaId(object);
-  byKova_.ForEach(id, HashId(id), KeyAt<true>{this}, [&](std::uint32_t entry) {
-    if (entries_[entry].object.get() == &object && entries_[entry].container == &container) changing_.push_back(entry);
-  });
+  ForEachEntryOf(object, container, [this](std::uint32_t entry) { changing_.push_back(entry); });
   for (std::size_t i = from; i < changing_.size(); ++i) Unkey(changing_[i], fields);
 }
 

@@ -53,7 +53,12 @@ class TableIndexes {
   // Null until made.
   ReferenceVectorIndex* ReferencesIfMade() noexcept { return references_.get(); }
   TableInstanceIndex* InstancesIfMade() noexcept { return instances_.get(); }
-  KOVAMappingPrivateTable& Table() noexcept { return table_; }
+  // A reference whose instances are at least half of the instance index joins or leaves the
+  // table: taking them in or out one by one would cost about as much as making the index again,
+  // so the index goes, to be made again by the next instance look-up (a host that removes and
+  // adds back such a reference pays nothing until it looks up).
+  bool OutweighsInstances(const ContainerIndex& instances) const noexcept;
+  void DropInstances() noexcept { instances_.reset(); }
 
 
  private:
@@ -92,6 +97,8 @@ class TableInstanceIndex {
   // Syncs the watched containers, and stops watching those that can no longer change unseen.
   void CheckWatched();
   bool NothingWatched() const noexcept { return watched_.empty(); }
+  // The number of entries.
+  std::size_t Entries() const noexcept { return entries_.size() - free_.size(); }
 
   // For the instances of container (a reference of this table): whether one is equal to data by the
   // either-id rule, and the first position of one.
@@ -120,8 +127,11 @@ class TableInstanceIndex {
   };
 
   void Add(std::shared_ptr<KOVAMappingPrivateObject> object, ContainerIndex& container);
-  // The entry of one occurrence of object in container, or kNone.
-  std::uint32_t EntryOf(const KOVAMappingPrivateObject& object, const ContainerIndex& container) const;
+  // f(entry) for every entry of object in container (one per occurrence).
+  template <class F>
+  void ForEachEntryOf(const KOVAMappingPrivateObject& object, const ContainerIndex& container, F&& f) const;
+  template <class Op>
+  void ForKeys(std::uint32_t entry, unsigned fields, Op&& op);
   void Key(std::uint32_t entry, unsigned fields);
   void Unkey(std::uint32_t entry, unsigned fields);
 

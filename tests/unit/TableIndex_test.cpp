@@ -718,3 +718,33 @@ TEST(TableIndex, AReferenceInTwoTablesIsFoundInBothAfterAChange) {
 }
 
 }  // namespace
+
+namespace {
+
+// A reference holding most of the table's instances leaves and comes back: the table's instance
+// index is made again at the next look-up, and answers as before.
+TEST(TableIndex, AReferenceHoldingMostInstancesRemovedAndAddedBack) {
+  KOVAMappingTable table = LargeTable();
+  KOVAMappingInstance instance;
+  ASSERT_EQ(table.GetInstanceFromKOVAId("i12", instance), S_OK);  // the instance index is in use
+  KOVAMappingReference holder = Refs(table).front();
+  ASSERT_EQ(table.RemoveReference(holder), S_OK);
+  EXPECT_EQ(table.GetInstanceFromKOVAId("i12", instance), E_FAIL);
+  ASSERT_EQ(table.AddReference(holder), S_OK);
+  ASSERT_EQ(table.GetInstanceFromKOVAId("i12", instance), S_OK);
+  EXPECT_EQ(IndexAccess::Pointer(instance), IndexAccess::Pointer(Insts(holder)[12]));
+  instance.SetPlexoID("moved");
+  KOVAMappingInstance found;
+  ASSERT_EQ(table.GetInstanceFromPlexoId("moved", found), S_OK);
+  EXPECT_EQ(IndexAccess::Pointer(found), IndexAccess::Pointer(instance));
+  // Removed again without a look-up in between, then an instance added to it while it is out.
+  ASSERT_EQ(table.RemoveReference(holder), S_OK);
+  KOVAMappingInstance late("late", "plate", "V2:s", "r0", "null", false);
+  ASSERT_EQ(holder.AddInstance(late), S_OK);
+  EXPECT_EQ(holder.AddInstance(KOVAMappingInstance("other", "plate", "V2:s", "r0", "null", false)), E_FAIL);
+  ASSERT_EQ(table.AddReference(holder), S_OK);
+  ASSERT_EQ(table.GetInstanceFromPlexoId("plate", found), S_OK);
+  EXPECT_EQ(IndexAccess::Pointer(found), IndexAccess::Pointer(late));
+}
+
+}  // namespace
