@@ -8,6 +8,7 @@
 #include <KOVAMappingServices/QORSysServices.h>
 #include <KOVAMappingServices/ZANSysCompression.h>
 
+#include "diagnostics/LogLines.h"
 #include "platform/JsonArena.h"
 #include "platform/Utf8.h"
 #include "serialisation/EnvelopePrefix.h"
@@ -30,15 +31,26 @@ struct FreeDeleter {
   void operator()(void* buffer) const noexcept { std::free(buffer); }
 };
 
-void Log(const ZANUnicodeString& message) {
-  if (KOVALogger::IsActive()) KOVALogger::log(message, ZANUnicodeString());
+using kova::diagnostics::LineKind;
+
+// Every line of the envelope has no context. The failure lines are reasons, the others progress.
+void Log(LineKind kind, const ZANUnicodeString& message) {
+  if (KOVALogger::IsActive()) kova::diagnostics::Emit(kind, message, ZANUnicodeString());
+}
+
+// The whole envelope or document after its announcing line: passed on only when someone takes
+// bulky lines.
+void LogWholeText(const ZANUnicodeString& text) {
+  if (KOVALogger::IsActive() && kova::diagnostics::BulkyLinesWanted()) {
+    kova::diagnostics::Emit(LineKind::kBulky, text, ZANUnicodeString());
+  }
 }
 
 // The size lines keep the form their readers know: the label is shown from the position given by
 // the size onwards, and the number itself is not shown. A size beyond the label shows nothing.
 void LogSizeLine(std::string_view label, std::uint64_t size) {
   if (!KOVALogger::IsActive()) return;
-  Log(size <= label.size() ? ZANUnicodeString(label.substr(static_cast<std::size_t>(size))) : ZANUnicodeString());
+  Log(LineKind::kDetail, size <= label.size() ? ZANUnicodeString(label.substr(static_cast<std::size_t>(size))) : ZANUnicodeString());
 }
 
 }  // namespace
@@ -57,7 +69,7 @@ HRESULT KOVAMappingParser::CompressMT(const ZANUnicodeString& text, ZANUnicodeSt
   utf8.reset();
   // A failed compression leaves an empty stream, which is still encoded below: the envelope is
   // built all the same and only the log tells.
-  if (ZANFailed(compression)) Log("COMPRESSION FAILED");
+  if (ZANFailed(compression)) Log(LineKind::kReason, "COMPRESSION FAILED");
 
   size = length;
   LogSizeLine(kUncompressedSizeLabel, size);
@@ -86,8 +98,8 @@ HRESULT KOVAMappingParser::CompressMTWithPrefix(const ZANUnicodeString& text, ZA
   // the caller had put in it.
   out = "V" + version + ":" + sizeText + ":" + out;
 
-  Log("COMPRESSED STRING:");
-  Log(out);
+  Log(LineKind::kDetail, "COMPRESSED STRING:");
+  LogWholeText(out);
   return status;
 }
 
@@ -170,16 +182,16 @@ HRESULT DecompressPayload(const char* payload, ZANUnicodeString& out, std::uint6
   compressed.reset();
 
   if (ZANFailed(status)) {
-    Log("DECOMPRESSION");
+    Log(LineKind::kReason, "DECOMPRESSION");
     switch (status) {
       case ZANZ_E_OUTOFMEMORY:
-        Log("ZANZ_E_OUTOFMEMORY");
+        Log(LineKind::kReason, "ZANZ_E_OUTOFMEMORY");
         break;
       case ZANZ_E_INSUFFICIENTBUFFER:
-        Log("ZANZ_E_INSUFFICIENTBUFFER");
+        Log(LineKind::kReason, "ZANZ_E_INSUFFICIENTBUFFER");
         break;
       case ZANZ_E_BADDATA:
-        Log("ZANZ_E_BADDATA");
+        Log(LineKind::kReason, "ZANZ_E_BADDATA");
         break;
       default:
         break;
@@ -194,8 +206,8 @@ HRESULT DecompressPayload(const char* payload, ZANUnicodeString& out, std::uint6
     direct.resize(static_cast<std::size_t>(produced));
     out = ZANUnicodeString(std::move(direct));
   }
-  Log("DECOMPRESSED STRING:");
-  Log(out);
+  Log(LineKind::kDetail, "DECOMPRESSED STRING:");
+  LogWholeText(out);
   return status;
 }
 

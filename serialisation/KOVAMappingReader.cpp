@@ -1,10 +1,11 @@
 // Reading mapping documents of versions 6 to 12 into mapping tables.
 //
-// With the log off, a document of versions 7 to 12 is read straight from the parser's tape: the
-// text is parsed once and each object's fields are picked out where they lie, with no value tree
-// in between. Any other document (another version, a version that is not a plain integer, text
-// that does not parse at once, or the log on, which prints the document) is loaded as a
-// ZANOmxJsonObject and read from it. Both ways run the same reader (serialisation/ReaderCore.h)
+// Unless someone takes the printed document, a document of versions 7 to 12 is read straight from
+// the parser's tape: the text is parsed once and each object's fields are picked out where they
+// lie, with no value tree in between. Any other document (another version, a version that is not
+// a plain integer, text that does not parse at once), and every document while the environment
+// switch is set or a capture of this thread wants every line, is loaded as a ZANOmxJsonObject and
+// read from it. Both ways run the same reader (serialisation/ReaderCore.h)
 // on the same fields, so they give the same table, statuses and log lines.
 #include <KOVAMappingServices/KOVAKSSVersioning.h>
 #include <KOVAMappingServices/KOVALogger.h>
@@ -21,6 +22,7 @@
 #include <utility>
 #include <vector>
 
+#include "diagnostics/LogLines.h"
 #include "platform/JsonNode.h"
 #include "platform/JsonTape.h"
 #include "serialisation/ReaderCore.h"
@@ -95,8 +97,8 @@ HRESULT KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString text, const 
                                                    KOVAMappingTable& table) {
   // An envelope is replaced by the text it holds; any other text is parsed as it is.
   TryDecompressMT(text);
-  if (!KOVALogger::IsActive()) {
-    // The parser reads past the end of the text in blocks: the text is given room for that (moved
+  if (!kova::diagnostics::BulkyLinesWanted()) {
+    // Nobody takes the printed document: the parser reads past the end of the text in blocks: the text is given room for that (moved
     // once into a buffer of just the size needed, when its own has no room), so that no second
     // copy of the document is alive while the tape is built.
     std::string bytes = std::move(text).TakeUTF8();
@@ -124,7 +126,9 @@ HRESULT KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString text, const 
     return E_FAIL;
   }
   table.SetOwner(owner);
-  if (KOVALogger::IsActive()) KOVALogger::log(root.PrettyPrint(), "Input Mapping Table JSON String");
+  if (KOVALogger::IsActive() && kova::diagnostics::BulkyLinesWanted()) {
+    kova::diagnostics::Emit(kova::diagnostics::LineKind::kBulky, root.PrettyPrint(), "Input Mapping Table JSON String");
+  }
   return ParseMappingTable(root, table);
 }
 
@@ -153,7 +157,10 @@ HRESULT KOVAMappingParser::ParseMappingTable(const ZANOmxJsonObject& root, KOVAM
     // The words say 11 although 12 is read: documents and logs in the field carry this text.
     kova::reader::LogFailure("UNSUPPORTED VERSION ( version > 11 )");
   }
-  if (KOVALogger::IsActive()) KOVALogger::log(KOVALogger::ToString(table), "MappingTable at the end of parsing");
+  if (KOVALogger::IsActive() && kova::diagnostics::BulkyLinesWanted()) {
+    kova::diagnostics::Emit(kova::diagnostics::LineKind::kBulky, KOVALogger::ToString(table),
+                            "MappingTable at the end of parsing");
+  }
   return status;
 }
 

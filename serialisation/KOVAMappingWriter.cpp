@@ -1,6 +1,5 @@
 // Writing mapping tables as mapping documents of the current version.
 #include <KOVAMappingServices/KOVAKSSVersioning.h>
-#include <KOVAMappingServices/KOVALogger.h>
 #include <KOVAMappingServices/KOVAMappingParser.h>
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
@@ -10,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "diagnostics/LogLines.h"
 #include "model/MappingIndex.h"
 #include "platform/JsonNode.h"
 #include "platform/JsonWrite.h"
@@ -170,7 +170,7 @@ ZANUnicodeString TreeText(KOVAMappingTable& table) {
     references.PutJsonObject(ReferenceObject(reference));
   }
   root.PutJsonArray("References", references);
-  if (KOVALogger::IsActive()) KOVALogger::log(root.PrettyPrint(), "JSON generated from MappingTable");
+  kova::diagnostics::Emit(kova::diagnostics::LineKind::kBulky, root.PrettyPrint(), "JSON generated from MappingTable");
   return root.ToString();
 }
 
@@ -180,7 +180,7 @@ ZANUnicodeString KOVAMappingParser::TranslateToString(KOVAMappingTable& table) {
   // The tree is built only for the log's print of it; otherwise the text is written directly.
   const KOVAMappingPrivateTable& data = *KOVAPrivateAccess::GetPrivate(table);
   const ZANUnicodeString text =
-      KOVALogger::IsActive()
+      kova::diagnostics::BulkyLinesWanted()
           ? TreeText(table)
           : ZANUnicodeString::FromValidUTF8(StreamedDocument(ExpectedDocumentSize(data)).Write(data));
   if (kova::CompressionSwitchOn()) {

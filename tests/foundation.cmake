@@ -13,3 +13,6 @@ foreach(value IN ITEMS "0" "false" "")
   add_test(NAME "${name}" COMMAND kova_logger_value_tests)
   set_tests_properties("${name}" PROPERTIES ENVIRONMENT_MODIFICATION "ActivateKOVALogger=set:${value}")
 endforeach()
+# Captures of the diagnostic lines while the environment switch is set.
+kova_env_test(kova_log_capture_switch_tests SOURCES env/LogCaptureSwitch_test.cpp
+              SET ActivateKOVALogger DONOTUSE_ENABLEKSSGEN)

@@ -3,6 +3,11 @@
 // Callers test IsActive() first and call log only when it is true; log itself prints whenever it
 // is called. A line is "[PrdKOVALog]", then "[context]" when the context is not empty, then the
 // message, written to the standard output with a newline and flushed.
+//
+// A host can also take the lines of its own thread's calls through the API instead of the
+// standard output: see KOVALogCapture.h. While a capture is alive on a thread, IsActive() is true
+// on that thread and log hands the line to the capture, printing it as well only when
+// "ActivateKOVALogger" is set.
 #ifndef KOVAMAPPINGSERVICES_KOVALOGGER_H_
 #define KOVAMAPPINGSERVICES_KOVALOGGER_H_
 
@@ -20,10 +25,12 @@ class KOVA_EXPORT KOVALogger {
   KOVALogger(const KOVALogger&) = default;
   KOVALogger& operator=(const KOVALogger&) = default;
 
-  // Whether "ActivateKOVALogger" existed in the environment at the first call (any value);
-  // the answer is kept for the life of the process.
+  // Whether "ActivateKOVALogger" existed in the environment at the first call (any value; the
+  // answer is kept for the life of the process), or a KOVALogCapture is alive on this thread.
+  // Safe from any thread.
   static bool IsActive();
-  // Prints one diagnostic line.
+  // Prints one diagnostic line (to this thread's captures instead, when there are any and the
+  // environment switch is not set).
   static void log(ZANUnicodeString message, ZANUnicodeString context);
 
   // One-line dump of an instance, ending in a newline.

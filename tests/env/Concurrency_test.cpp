@@ -4,6 +4,7 @@
 // built with ThreadSanitizer (tsan preset):
 //   ConcurrentFirstUse  "ActivateKOVALogger" and "DONOTUSE_ENABLEKSSGEN" set
 //   ConcurrentWork      "DONOTUSE_ENABLEKSSGEN" set, the logger off
+#include <KOVAMappingServices/KOVALogCapture.h>
 #include <KOVAMappingServices/KOVALogger.h>
 #include <KOVAMappingServices/KOVAMappingParser.h>
 #include <KOVAMappingServices/KOVAMappingTable.h>
@@ -106,6 +107,31 @@ TEST(ConcurrentWork, ThreadsReadWriteAndStampTheirOwnTables) {
     EXPECT_EQ(active[i], 0) << i;
     EXPECT_EQ(failures[i], 0) << i;
   }
+}
+
+TEST(ConcurrentWork, CapturesOfThreadsReadingDocumentsNeverMix) {
+  // Each thread reads its own refused document: a missing key that names the thread, or text that
+  // is not a document, and keeps the reasons of its own calls only.
+  std::vector<std::vector<std::string>> reasons(kThreads);
+  kova::test::RunTogether(kThreads, [&](int i) {
+    KOVALogCapture capture;
+    const std::string key = i % 2 == 0 ? "IsLocal" : "PlexoId";
+    const std::string document = std::string(R"({"version": 12, "References": [{"kOVAId": "R", )") +
+                                 (i % 2 == 0 ? R"("PlexoId": "P", )" : R"("IsLocal": true, )") +
+                                 R"("KOVASynchroStamp": "S"}]})";
+    for (int round = 0; round < 40; ++round) {
+      KOVAMappingTable table;
+      KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString(round % 4 == 3 ? std::string("[") : document),
+                                                 ZANBaseUnknown(), table);
+    }
+    reasons[i] = capture.Reasons();
+  });
+  for (int i = 0; i < kThreads; ++i) {
+    const std::string expected = i % 2 == 0 ? "UNVALUATED MANDATORY FIELD IsLocal" : "UNVALUATED MANDATORY FIELD PlexoId";
+    ASSERT_EQ(reasons[i].size(), 30u) << i;
+    for (const std::string& reason : reasons[i]) EXPECT_EQ(reason, expected) << i;
+  }
+  EXPECT_FALSE(KOVALogger::IsActive());
 }
 
 TEST(ConcurrentWork, StampsOfTheSameValuesAgreeAcrossThreads) {
