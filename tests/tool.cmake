@@ -5,8 +5,10 @@ if(KOVA_BUILD_TOOLS)
   kova_env_test(kova_tool_parts
     SOURCES ${KOVA_TOOL_TESTS}/ToolText_test.cpp ${KOVA_TOOL_TESTS}/ToolGenerator_test.cpp)
   target_link_libraries(kova_tool_parts PRIVATE kova_mapping_tool)
-  kova_env_test(kova_tool_library_log SOURCES ${KOVA_TOOL_TESTS}/ToolLibraryLog_test.cpp SET ActivateKOVALogger)
-  target_link_libraries(kova_tool_library_log PRIVATE kova_mapping_tool)
+  kova_env_test(kova_tool_documents SOURCES ${KOVA_TOOL_TESTS}/ToolDocuments_test.cpp FILTER ToolDocumentsLogOff)
+  target_link_libraries(kova_tool_documents PRIVATE kova_mapping_tool)
+  kova_env_test(kova_tool_documents SOURCES ${KOVA_TOOL_TESTS}/ToolDocuments_test.cpp FILTER ToolDocumentsLogOn
+                SET ActivateKOVALogger)
 
   # Each tests/tool/cases/*.sh runs the built tool: exit statuses, exact output lines, standard
   # input and -o. The switches are unset unless a case sets them for one command.

@@ -4,7 +4,6 @@
 #include "Commands.h"
 #include "Documents.h"
 #include "Io.h"
-#include "LibraryLog.h"
 #include "Status.h"
 
 namespace kova::tool {
@@ -23,11 +22,7 @@ int RunConvert(const ConvertOptions& options) {
   DocumentRead read = ReadDocument(text);
   if (!read.Ok()) throw ToolError(options.file + ": " + read.ErrorText());
 
-  ZANUnicodeString document;
-  {
-    LibraryLogCapture capture;
-    document = KOVAMappingParser::TranslateToString(read.table);
-  }
+  ZANUnicodeString document = KOVAMappingParser::TranslateToString(read.table);
   // The writer wraps its text when "IPLX_ACTIVATE_MAPPING_COMPRESSION" is set: --plain opens it
   // again, --compress wraps it when it is not wrapped yet.
   if (options.plain && IsEnvelope(document)) document = UnpackText(document, options.file);

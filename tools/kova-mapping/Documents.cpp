@@ -1,5 +1,6 @@
 #include "Documents.h"
 
+#include <KOVAMappingServices/KOVALogCapture.h>
 #include <KOVAMappingServices/KOVAMappingParser.h>
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
@@ -7,7 +8,6 @@
 
 #include <stdexcept>
 
-#include "LibraryLog.h"
 #include "Status.h"
 
 namespace kova::tool {
@@ -38,7 +38,8 @@ std::string DocumentRead::ErrorText() const {
 
 DocumentRead ReadDocument(const std::string& text) {
   DocumentRead read;
-  LibraryLogCapture capture;
+  // The reader's failure reasons, taken through the API for this call only.
+  KOVALogCapture capture;
   try {
     read.status = KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString(text), ZANBaseUnknown(), read.table);
   } catch (const std::out_of_range& error) {
@@ -46,7 +47,7 @@ DocumentRead ReadDocument(const std::string& text) {
   } catch (const std::invalid_argument& error) {
     read.exception = DescribeLibraryException(error);
   }
-  read.messages = capture.FailureMessages();
+  read.messages = capture.Reasons();
   return read;
 }
 
@@ -55,9 +56,9 @@ ZANUnicodeString PackText(const ZANUnicodeString& text, const std::string& name)
   HRESULT status = S_OK;
   std::vector<std::string> messages;
   {
-    LibraryLogCapture capture;
+    KOVALogCapture capture;
     status = KOVAMappingParser::CompressMTWithPrefix(text, envelope);
-    messages = capture.FailureMessages();
+    messages = capture.Reasons();
   }
   if (status < 0) {
     throw ToolError(name + ": cannot pack: error " + FormatStatus(status) + ": " + StatusMeaning(status));
@@ -71,15 +72,12 @@ ZANUnicodeString PackText(const ZANUnicodeString& text, const std::string& name)
 ZANUnicodeString UnpackText(const ZANUnicodeString& text, const std::string& name) {
   ZANUnicodeString opened = text;
   HRESULT status = S_OK;
-  {
-    LibraryLogCapture capture;
-    try {
-      status = KOVAMappingParser::TryDecompressMT(opened);
-    } catch (const std::out_of_range& error) {
-      throw ToolError(name + ": cannot unpack: " + DescribeLibraryException(error));
-    } catch (const std::invalid_argument& error) {
-      throw ToolError(name + ": cannot unpack: " + DescribeLibraryException(error));
-    }
+  try {
+    status = KOVAMappingParser::TryDecompressMT(opened);
+  } catch (const std::out_of_range& error) {
+    throw ToolError(name + ": cannot unpack: " + DescribeLibraryException(error));
+  } catch (const std::invalid_argument& error) {
+    throw ToolError(name + ": cannot unpack: " + DescribeLibraryException(error));
   }
   if (status >= 0) return opened;
   std::string reason;

@@ -1,4 +1,5 @@
 // stamp ATTRS.json: the stamp of attribute values; ces CESTAMP: the stamp derived from a CE stamp.
+#include <KOVAMappingServices/KOVALogCapture.h>
 #include <KOVAMappingServices/KOVASynchroStampServices.h>
 #include <KOVAMappingServices/ZANKnwBuilder.h>
 
@@ -9,7 +10,6 @@
 #include "Attributes.h"
 #include "Commands.h"
 #include "Io.h"
-#include "LibraryLog.h"
 #include "Status.h"
 #include "Text.h"
 
@@ -49,14 +49,18 @@ int RunStamp(const StampOptions& options) {
   HRESULT status = S_OK;
   std::optional<std::string> stampText;
   {
-    LibraryLogCapture capture;
+    // The stamp service shows its stamp text in a line of its own, the last it emits before
+    // digesting it.
+    KOVALogCapture capture(KOVALogCapture::Wants::kEverything);
     if (options.namesGiven) {
       const ZANBaseUnknown_var object = ZANKnwBuilder::MakeObject(ZANKnwBuilder::FindType(kObjectType), attributes);
       status = KOVASynchroStampServices::ComputeKOVASynchroStamp(object, names, stamp);
     } else {
       status = KOVASynchroStampServices::ComputeKOVASynchroStamp(attributes, stamp);
     }
-    stampText = capture.LastMessage(kStampContext);
+    for (const KOVALogLine& line : capture.Lines()) {
+      if (line.context == kStampContext) stampText = line.message;
+    }
   }
   if (status < 0) {
     throw ToolError(options.file + ": stamp not computed: error " + FormatStatus(status) + ": " +
@@ -80,10 +84,7 @@ int RunCes(const CesOptions& options) {
   Output out(options.output);
   ZANUnicodeString stamp;
   HRESULT status = S_OK;
-  {
-    LibraryLogCapture capture;
-    status = KOVASynchroStampServices::GetKSSFromCES(ZANUnicodeString(options.ceStamp), stamp);
-  }
+  status = KOVASynchroStampServices::GetKSSFromCES(ZANUnicodeString(options.ceStamp), stamp);
   if (status < 0) {
     throw ToolError("stamp not derived: error " + FormatStatus(status) + ": " + StatusMeaning(status));
   }

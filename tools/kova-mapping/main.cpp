@@ -15,7 +15,6 @@
 
 #include "Commands.h"
 #include "Io.h"
-#include "LibraryLog.h"
 #include "Status.h"
 
 namespace {
@@ -39,7 +38,6 @@ void AddOutput(CLI::App& command, std::string& output) {
 int main(int argc, char** argv) {
   // A closed pipe is a write error like any other, reported on one line.
   std::signal(SIGPIPE, SIG_IGN);
-  EnableLibraryLog();
 
   CLI::App app{"Look into, convert and make mapping documents (versions 6 to 12, plain or in a compressed\n"
                "envelope) and synchro stamps, with the KOVAMappingServices library.\n"
