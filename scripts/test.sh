@@ -13,7 +13,7 @@ scripts/setup-debian.sh
 run_preset() {
   # Chained with &&: as a stage of "all" it runs where set -e does not apply.
   local name="$1" target=()
-  [ "$name" = tsan ] && target=(--target kova_concurrency_tests)
+  [ "$name" = tsan ] && target=(--target kova_concurrency_tests kova_capi_concurrency_tests)
   cmake --preset "$name" >/dev/null &&
     cmake --build --preset "$name" -j2 "${target[@]}" &&
     ctest --preset "$name" -j2 --output-on-failure

@@ -21,10 +21,10 @@ fail() { echo "FAIL: $*"; exit 1; }
 [ -f "$prefix/share/doc/KOVAMappingServices/kova-mapping.md" ] || fail "no installed manual"
 # The installed tool uses the installed library, not the build tree's.
 libraries="$(ldd "$tool")"
-grep -q "libKOVAMappingServices.so.1 => $prefix/" <<<"$libraries" || fail "library not found beside the tool: $libraries"
+grep -q "libKOVAMappingServices.so.2 => $prefix/" <<<"$libraries" || fail "library not found beside the tool: $libraries"
 
 version="$("$tool" --version)"
-[ "$version" = "kova-mapping 1.0.0 (KOVAMappingServices 1.0.0, writes mapping documents of version 12)" ] ||
+[ "$version" = "kova-mapping 2.0.0 (KOVAMappingServices 2.0.0, writes mapping documents of version 12)" ] ||
   fail "--version: $version"
 
 cd "$examples"
@@ -51,7 +51,7 @@ dumped="$("$tool" dump v10_pump.json | tail -n 1)"
 pc_file="$(find "$prefix" -name KOVAMappingServices.pc)"
 [ -n "$pc_file" ] || fail "no installed pkg-config file"
 export PKG_CONFIG_PATH="$(dirname "$pc_file")"
-[ "$(pkg-config --modversion KOVAMappingServices)" = "1.0.0" ] || fail "pkg-config version"
+[ "$(pkg-config --modversion KOVAMappingServices)" = "2.0.0" ] || fail "pkg-config version"
 libdir="$(pkg-config --variable=libdir KOVAMappingServices)"
 # shellcheck disable=SC2046
 g++ -std=c++20 $compiler_flags "$source_dir/tests/install/consumer/main.cpp" $(pkg-config --cflags --libs KOVAMappingServices) \

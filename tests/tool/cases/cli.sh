@@ -3,13 +3,13 @@
 run --version
 expect_status 0
 expect_out <<'OUT'
-kova-mapping 1.0.0 (KOVAMappingServices 1.0.0, writes mapping documents of version 12)
+kova-mapping 2.0.0 (KOVAMappingServices 2.0.0, writes mapping documents of version 12)
 OUT
 
 RollBackMappingVersion=1 run --version
 expect_status 0
 expect_out <<'OUT'
-kova-mapping 1.0.0 (KOVAMappingServices 1.0.0, writes mapping documents of version 11)
+kova-mapping 2.0.0 (KOVAMappingServices 2.0.0, writes mapping documents of version 11)
 OUT
 
 run --help
