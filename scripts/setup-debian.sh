@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  g++ cmake ninja-build pkg-config
+  gcc g++ cmake ninja-build pkg-config python3
   libsimdjson-dev rapidjson-dev libdeflate-dev libssl-dev
   libcli11-dev
   libgtest-dev libgmock-dev libbenchmark-dev zlib1g-dev openssl perl
