@@ -74,7 +74,7 @@ int32_t kova_table_clear(kova_table* table) {
 int32_t kova_table_read(kova_table* table, const char* text, size_t length) {
   return Run("kova_table_read", [&](Failure& failure) -> int32_t {
     kova_table& target = Required(table, "table");
-    ZANUnicodeString document = TextIn(text, length, "text");
+    ZANUnicodeString document = kova::capi::DocumentIn(text, length, "text");
     CallReasons reasons;
     const HRESULT status =
         KOVAMappingParser::TranslateToMappingTable(std::move(document), ZANBaseUnknown(), target.table);

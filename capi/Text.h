@@ -18,6 +18,11 @@ namespace kova::capi {
 // The text of an argument; RefusedArgument("<argument> is NULL with a length other than 0").
 ZANUnicodeString TextIn(const char* text, std::size_t length, const char* argument);
 
+// The text of a whole document, held with room to spare after its end: the reader parses
+// documents in place and reads past their end in blocks, so a text that already has the room is
+// not copied once more before parsing.
+ZANUnicodeString DocumentIn(const char* text, std::size_t length, const char* argument);
+
 // The same for functions that cannot fail: false for a NULL pointer with a length other than 0
 // and when memory runs out, out then untouched.
 bool TryTextIn(const char* text, std::size_t length, ZANUnicodeString& out) noexcept;

@@ -58,18 +58,6 @@ void FreeChunk(void* chunk, std::size_t size) noexcept {
 
 }  // namespace
 
-void AdviseHugePages(const void* buffer, std::size_t bytes) noexcept {
-#if defined(__linux__)
-  constexpr std::uintptr_t kPage = 4096;
-  const auto begin = (reinterpret_cast<std::uintptr_t>(buffer) + kPage - 1) & ~(kPage - 1);
-  const auto end = (reinterpret_cast<std::uintptr_t>(buffer) + bytes) & ~(kPage - 1);
-  if (end >= begin + kHugePage) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
-#else
-  (void)buffer;
-  (void)bytes;
-#endif
-}
-
 Arena::~Arena() {
   Chunk* chunk = head_;
   while (chunk != nullptr) {

@@ -76,11 +76,6 @@ class Arena {
   std::size_t footprint_ = 0;
 };
 
-// Tells the system that the pages of a large buffer about to be filled may be backed by huge
-// pages, which saves most of the page faults of its first use. Only whole pages inside the
-// buffer are concerned; without support for it, nothing happens.
-void AdviseHugePages(const void* buffer, std::size_t bytes) noexcept;
-
 }  // namespace kova::json
 
 #endif  // KOVA_PLATFORM_JSONARENA_H_

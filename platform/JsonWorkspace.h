@@ -11,6 +11,7 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/HugePages.h"
 #include "platform/JsonArena.h"
 #include "platform/JsonNode.h"
 

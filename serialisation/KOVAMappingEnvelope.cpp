@@ -9,7 +9,7 @@
 #include <KOVAMappingServices/ZANSysCompression.h>
 
 #include "diagnostics/LogLines.h"
-#include "platform/JsonArena.h"
+#include "platform/HugePages.h"
 #include "platform/Utf8.h"
 #include "serialisation/EnvelopePrefix.h"
 
