@@ -8,7 +8,7 @@
 
 namespace kova::json {
 
-void AdviseHugePages(const void* buffer, std::size_t bytes) noexcept {
+void AdviseHugePages(void* buffer, std::size_t bytes) noexcept {
 #if defined(__linux__)
   constexpr std::uintptr_t kPage = 4096;
   constexpr std::uintptr_t kHugePage = std::uintptr_t{2} << 20;

@@ -9,7 +9,7 @@ namespace kova::json {
 // Tells the system that the pages of a large buffer about to be filled may be backed by huge
 // pages, which saves most of the page faults of its first use. Only whole pages inside the
 // buffer are concerned; without support for it, nothing happens.
-void AdviseHugePages(const void* buffer, std::size_t bytes) noexcept;
+void AdviseHugePages(void* buffer, std::size_t bytes) noexcept;
 
 }  // namespace kova::json
 
