@@ -62,6 +62,9 @@ namespace kova::capi {
 // A new kova_object (count 1) sharing the object of the given handle; std::bad_alloc when memory
 // runs out.
 kova_object* NewKovaObject(const Handle& handle);
+// The argument named name, when it is an object of the given kind (KOVA_REFERENCE or
+// KOVA_INSTANCE); RefusedArgument otherwise, NULL included.
+kova_object& RequiredKind(kova_object* object, const char* name, int kind);
 }  // namespace kova::capi
 
 struct kova_iterator {

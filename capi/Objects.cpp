@@ -12,6 +12,7 @@
 
 using kova::capi::Failure;
 using kova::capi::RefusedArgument;
+using kova::capi::RequiredKind;
 using kova::capi::Required;
 using kova::capi::Run;
 using kova::capi::TextIn;
@@ -29,6 +30,15 @@ kova_object::kova_object(const KOVAMappingInstance& shared) : handle(std::in_pla
 
 kova_object* kova::capi::NewKovaObject(const Handle& handle) {
   return std::visit([](const auto& shared) { return new kova_object(shared); }, handle);
+}
+
+kova_object& kova::capi::RequiredKind(kova_object* object, const char* name, int kind) {
+  kova_object& checked = Required(object, name);
+  if (checked.kind() != kind) {
+    throw RefusedArgument(std::string(name) + (kind == KOVA_REFERENCE ? " is an instance, not a reference"
+                                                                      : " is a reference, not an instance"));
+  }
+  return checked;
 }
 
 namespace {
@@ -51,15 +61,6 @@ const char* EmptyText(size_t* length) noexcept {
   return "";
 }
 
-// A reference or an instance as the argument named name, or RefusedArgument.
-kova_object& RequiredKind(kova_object* object, const char* name, int kind) {
-  kova_object& checked = Required(object, name);
-  if (checked.kind() != kind) {
-    throw RefusedArgument(std::string(name) + (kind == KOVA_REFERENCE ? " is an instance, not a reference"
-                                                                      : " is a reference, not an instance"));
-  }
-  return checked;
-}
 
 }  // namespace
 

@@ -15,23 +15,12 @@ using kova::capi::CallReasons;
 using kova::capi::Failure;
 using kova::capi::RefusedArgument;
 using kova::capi::Required;
+using kova::capi::RequiredKind;
 using kova::capi::Run;
 using kova::capi::TextIn;
 using kova::capi::TextOut;
 
 namespace {
-
-kova_object& RequiredReference(kova_object* object, const char* name) {
-  kova_object& checked = Required(object, name);
-  if (checked.kind() != KOVA_REFERENCE) throw RefusedArgument(std::string(name) + " is an instance, not a reference");
-  return checked;
-}
-
-kova_object& RequiredInstance(kova_object* object, const char* name) {
-  kova_object& checked = Required(object, name);
-  if (checked.kind() != KOVA_INSTANCE) throw RefusedArgument(std::string(name) + " is a reference, not an instance");
-  return checked;
-}
 
 // A look-up by id: a new handle in *out when found, *out untouched when not.
 template <class Handle>
@@ -144,7 +133,7 @@ int32_t kova_table_version(const kova_table* table) {
 int32_t kova_table_add_reference(kova_table* table, kova_object* reference) {
   return Run("kova_table_add_reference", [&](Failure& failure) -> int32_t {
     kova_table& target = Required(table, "table");
-    KOVAMappingReference added(RequiredReference(reference, "reference").Reference());
+    KOVAMappingReference added(RequiredKind(reference, "reference", KOVA_REFERENCE).Reference());
     const HRESULT status = target.table.AddReference(added);
     if (status < 0) {
       failure.Explain(
@@ -158,7 +147,7 @@ int32_t kova_table_add_reference(kova_table* table, kova_object* reference) {
 int32_t kova_table_remove_reference(kova_table* table, kova_object* reference) {
   return Run("kova_table_remove_reference", [&](Failure& failure) -> int32_t {
     kova_table& target = Required(table, "table");
-    KOVAMappingReference removed(RequiredReference(reference, "reference").Reference());
+    KOVAMappingReference removed(RequiredKind(reference, "reference", KOVA_REFERENCE).Reference());
     const HRESULT status = target.table.RemoveReference(removed);
     if (status < 0) failure.Explain("the table has no reference that is the same as this one");
     return status;
@@ -168,8 +157,8 @@ int32_t kova_table_remove_reference(kova_table* table, kova_object* reference) {
 int32_t kova_table_add_instance(kova_table* table, kova_object* instance, kova_object* reference) {
   return Run("kova_table_add_instance", [&](Failure& failure) -> int32_t {
     kova_table& target = Required(table, "table");
-    KOVAMappingInstance added(RequiredInstance(instance, "instance").Instance());
-    KOVAMappingReference holder(RequiredReference(reference, "reference").Reference());
+    KOVAMappingInstance added(RequiredKind(instance, "instance", KOVA_INSTANCE).Instance());
+    KOVAMappingReference holder(RequiredKind(reference, "reference", KOVA_REFERENCE).Reference());
     const HRESULT status = target.table.AddInstance(added, holder);
     if (status < 0) {
       failure.Explain(
@@ -182,8 +171,8 @@ int32_t kova_table_add_instance(kova_table* table, kova_object* instance, kova_o
 int32_t kova_table_remove_instance(kova_table* table, kova_object* instance, kova_object* reference) {
   return Run("kova_table_remove_instance", [&](Failure& failure) -> int32_t {
     kova_table& target = Required(table, "table");
-    KOVAMappingInstance removed(RequiredInstance(instance, "instance").Instance());
-    KOVAMappingReference holder(RequiredReference(reference, "reference").Reference());
+    KOVAMappingInstance removed(RequiredKind(instance, "instance", KOVA_INSTANCE).Instance());
+    KOVAMappingReference holder(RequiredKind(reference, "reference", KOVA_REFERENCE).Reference());
     const HRESULT status = target.table.RemoveInstance(removed, holder);
     if (status < 0) {
       failure.Explain(
