@@ -6,7 +6,7 @@
 // walk. Containers are walked with an explicit stack of iterators.
 #include <vector>
 
-#include "platform/JsonLoadSteps.h"
+#include "platform/JsonLoadTokens.h"
 #include "platform/JsonNumber.h"
 
 namespace kova::json {

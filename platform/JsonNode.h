@@ -31,8 +31,6 @@
 
 namespace kova::json {
 
-// Deepest nesting of arrays and objects that loading accepts.
-inline constexpr std::size_t kMaxDepth = 10000;
 // Keys up to this length are interned while loading.
 inline constexpr std::size_t kInternedKeyLength = 64;
 // Objects with more members than this get a hash index.

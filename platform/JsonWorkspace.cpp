@@ -1,10 +1,18 @@
 #include "platform/JsonWorkspace.h"
 
+#include <algorithm>
+#include <cstring>
+
+#include "platform/HugePages.h"
+
 namespace kova::json {
 
 namespace {
 
-// Whether the thread's kept workspace is in use by a load further up the stack.
+// Texts from this size on have their padded copy advised for huge pages.
+constexpr std::size_t kHugePagesFrom = std::size_t{8} << 20;
+
+// Whether the thread's kept workspace is in use by a parse further up the stack.
 thread_local bool keptInUse = false;
 
 std::unique_ptr<Workspace>& Kept() {
@@ -14,29 +22,59 @@ std::unique_ptr<Workspace>& Kept() {
 
 }  // namespace
 
-HRESULT Workspace::ParseDom(std::string_view text, bool findNegativeZero, simdjson::error_code& error) {
-  if (text.size() > simdjson::SIMDJSON_MAXSIZE_BYTES) return E_FAIL;
-  return ParsePaddedDom(Pad(text, findNegativeZero), error);
+void AppendPadding(std::string& text, std::size_t padding) {
+  if (text.capacity() - text.size() < padding) {
+    std::string room;
+    room.reserve(text.size() + padding);
+    room.append(text);
+    text = std::move(room);
+  }
+  text.append(padding, '\0');
 }
 
-HRESULT Workspace::ParsePaddedDom(std::string_view padded, simdjson::error_code& error) {
-  if (padded.size() > simdjson::SIMDJSON_MAXSIZE_BYTES) return E_FAIL;
+std::string_view Workspace::Pad(std::string_view text) {
+  const std::size_t needed = text.size() + simdjson::SIMDJSON_PADDING;
+  if (bufferSize < needed) {
+    buffer.reset();
+    buffer = std::make_unique_for_overwrite<char[]>(needed);
+    bufferSize = needed;
+    if (needed >= kHugePagesFrom) AdviseHugePages(buffer.get(), needed);
+  }
+  std::memcpy(buffer.get(), text.data(), text.size());
+  std::memset(buffer.get() + text.size(), 0, simdjson::SIMDJSON_PADDING);
+  return {buffer.get(), text.size()};
+}
+
+simdjson::ondemand::parser* Workspace::Tokens(std::size_t size) {
+  constexpr std::size_t kParserDepth = kMaxDepth + 2;
+  if (!tokens) tokens = std::make_unique<simdjson::ondemand::parser>();
+  if (tokens->capacity() < size || tokens->max_depth() != kParserDepth) {
+    if (tokens->allocate(size, kParserDepth) != simdjson::SUCCESS) return nullptr;
+  }
+  return tokens.get();
+}
+
+simdjson::error_code Workspace::ParseDom(std::string_view padded, simdjson::dom::element& top) {
   // The parser refuses nesting that reaches its depth limit.
   constexpr std::size_t kParserDepth = kMaxDepth + 1;
   if (dom.capacity() < padded.size() || dom.max_depth() != kParserDepth) {
-    if (dom.allocate(padded.size(), kParserDepth) != simdjson::SUCCESS) return E_FAIL;
-    // The parser's buffers, at sizes they are known to have at least. They are sized for the worst
-    // case and only partly used: for a small text, whole huge pages would hold more memory than
-    // the faults they save are worth.
-    if (padded.size() >= kHugePagesFrom) {
-      AdviseHugePages(dom.doc.tape.get(), padded.size() * sizeof(std::uint64_t));
-      AdviseHugePages(dom.doc.string_buf.get(), padded.size() * 5 / 3);
-      AdviseHugePages(dom.implementation->structural_indexes.get(), padded.size() * sizeof(std::uint32_t));
+    if (const simdjson::error_code error = dom.allocate(padded.size(), kParserDepth); error != simdjson::SUCCESS) {
+      return error;
     }
   }
-  simdjson::dom::element top;
-  error = dom.parse(padded.data(), padded.size(), false).get(top);
-  return S_OK;
+  return dom.parse(padded.data(), padded.size(), false).get(top);
+}
+
+void Workspace::ReleaseLargeCopy() noexcept {
+  if (bufferSize > kAlwaysKeptSize) {
+    buffer.reset();
+    bufferSize = 0;
+  }
+}
+
+bool Workspace::OversizedFor(std::size_t size) const noexcept {
+  const std::size_t capacity = std::max(dom.capacity(), tokens ? tokens->capacity() : std::size_t{0});
+  return capacity > kAlwaysKeptSize && capacity / kShrinkFactor > size;
 }
 
 WorkspaceLease::WorkspaceLease(std::size_t textSize) {

@@ -1,67 +1,30 @@
 #include "platform/JsonWrite.h"
 
-#include <algorithm>
-#include <cstddef>
 #include <cstring>
-#include <vector>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
-#include <rapidjson/prettywriter.h>
-#include <rapidjson/writer.h>
+#include <rapidjson/encodedstream.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
 
 #include "platform/JsonNumber.h"
+#include "platform/JsonWorkspace.h"
 
 namespace kova::json {
 
-// Output stream of the RapidJSON writers that fills a std::string directly.
-class StringOutput {
- public:
-  using Ch = char;
+namespace {
 
-  explicit StringOutput(std::size_t expected) { text_.reserve(expected); }
+constexpr std::size_t kIndent = 4;
 
-  void Reserve(std::size_t count) {
-    if (text_.size() + count > text_.capacity()) text_.reserve(std::max(text_.capacity() * 2, text_.size() + count));
-  }
-  void PutUnsafe(char c) { text_.push_back(c); }
-  void Put(char c) { text_.push_back(c); }
-  // Appends bytes for which room was reserved.
-  void AppendUnsafe(const char* bytes, std::size_t count) { text_.append(bytes, count); }
-  void Flush() {}
+bool NeedsEscape(unsigned char c) noexcept { return c < 0x20 || c == '"' || c == '\\'; }
 
-  std::string Take() {
-    if (text_.capacity() > 2 * text_.size() + 64) text_.shrink_to_fit();
-    return std::move(text_);
-  }
-
- private:
-  std::string text_;
-};
-
-}  // namespace kova::json
-
-// The writers reserve room before writing a run of characters; let them write straight into the
-// string.
-namespace rapidjson {
-template <>
-inline void PutReserve(kova::json::StringOutput& stream, size_t count) {
-  stream.Reserve(count);
-}
-template <>
-inline void PutUnsafe(kova::json::StringOutput& stream, char c) {
-  stream.PutUnsafe(c);
-}
-
-// The writers copy strings a character at a time, escaping as they go. Copy the runs that need no
-// escape (anything but quote, backslash and control characters) at once; the writer escapes the
-// character that ends a run, and has reserved room for the whole string beforehand.
-template <>
-inline bool Writer<kova::json::StringOutput>::ScanWriteUnescapedString(StringStream& is, size_t length) {
-  const char* const begin = is.src_;
-  const char* const end = is.head_ + length;
+// The length of the run at the start of text that needs no escape.
+std::size_t PlainRun(std::string_view text) noexcept {
+  const char* const begin = text.data();
+  const char* const end = begin + text.size();
   const char* p = begin;
 #if defined(__SSE2__)
   const __m128i quote = _mm_set1_epi8('"');
@@ -74,34 +37,42 @@ inline bool Writer<kova::json::StringOutput>::ScanWriteUnescapedString(StringStr
     const __m128i special =
         _mm_or_si128(control, _mm_or_si128(_mm_cmpeq_epi8(bytes, quote), _mm_cmpeq_epi8(bytes, backslash)));
     const int mask = _mm_movemask_epi8(special);
-    if (mask != 0) {
-      p += __builtin_ctz(static_cast<unsigned>(mask));
-      break;
-    }
+    if (mask != 0) return static_cast<std::size_t>(p - begin) + static_cast<unsigned>(__builtin_ctz(mask));
   }
 #endif
-  while (p < end) {
-    const auto c = static_cast<unsigned char>(*p);
-    if (c < 0x20 || c == '"' || c == '\\') break;
-    ++p;
-  }
-  os_->AppendUnsafe(begin, static_cast<std::size_t>(p - begin));
-  is.src_ = p;
-  return p < end;
+  while (p < end && !NeedsEscape(static_cast<unsigned char>(*p))) ++p;
+  return static_cast<std::size_t>(p - begin);
 }
-}  // namespace rapidjson
 
-namespace kova::json {
-
-namespace {
-
-// Nesting beyond which the indented form is given up for the compact one.
-constexpr std::size_t kMaxPrettyDepth = 256;
+void AppendEscaped(std::string& out, std::string_view text) {
+  out += '"';
+  while (!text.empty()) {
+    const std::size_t run = PlainRun(text);
+    out.append(text.data(), run);
+    if (run == text.size()) break;
+    const auto c = static_cast<unsigned char>(text[run]);
+    text.remove_prefix(run + 1);
+    switch (c) {
+      case '"': out += "\\\""; break;
+      case '\\': out += "\\\\"; break;
+      case '\b': out += "\\b"; break;
+      case '\t': out += "\\t"; break;
+      case '\n': out += "\\n"; break;
+      case '\f': out += "\\f"; break;
+      case '\r': out += "\\r"; break;
+      default: {
+        constexpr char kHex[] = "0123456789ABCDEF";
+        const char escape[6] = {'\\', 'u', '0', '0', kHex[c >> 4], kHex[c & 0xF]};
+        out.append(escape, sizeof escape);
+      }
+    }
+  }
+  out += '"';
+}
 
 // Sends value to the writer, containers through an explicit stack. Returns false, leaving the
 // output unfinished, when the nesting goes beyond maxDepth.
-template <typename Writer>
-bool Emit(Writer& writer, const Value& value, std::size_t maxDepth) {
+bool Emit(TextWriter& writer, const Value& value, std::size_t maxDepth) {
   struct Frame {
     const Node* node;
     std::uint32_t next;
@@ -109,26 +80,12 @@ bool Emit(Writer& writer, const Value& value, std::size_t maxDepth) {
   std::vector<Frame> stack;
   auto emit = [&](const Value& v) {
     switch (v.kind) {
-      case Kind::Null:
-        writer.Null();
-        break;
-      case Kind::False:
-        writer.Bool(false);
-        break;
-      case Kind::True:
-        writer.Bool(true);
-        break;
-      case Kind::Integer: {
-        char buffer[24];
-        writer.RawValue(buffer, FormatInteger(v.integer, buffer), rapidjson::kNumberType);
-        break;
-      }
-      case Kind::Number:
-        writer.RawValue(v.text, v.length, rapidjson::kNumberType);
-        break;
-      case Kind::String:
-        writer.String(v.text, v.length);
-        break;
+      case Kind::Null: writer.Null(); break;
+      case Kind::False: writer.Bool(false); break;
+      case Kind::True: writer.Bool(true); break;
+      case Kind::Integer: writer.Integer(v.integer); break;
+      case Kind::Number: writer.Number(v.Text()); break;
+      case Kind::String: writer.String(v.Text()); break;
       case Kind::Array:
         writer.StartArray();
         stack.push_back({v.node, 0});
@@ -146,9 +103,9 @@ bool Emit(Writer& writer, const Value& value, std::size_t maxDepth) {
     const Node& node = *frame.node;
     if (frame.next == node.size) {
       if (node.kind == NodeKind::Object) {
-        writer.EndObject(node.size);
+        writer.EndObject();
       } else {
-        writer.EndArray(node.size);
+        writer.EndArray();
       }
       stack.pop_back();
       continue;
@@ -156,7 +113,7 @@ bool Emit(Writer& writer, const Value& value, std::size_t maxDepth) {
     const std::uint32_t i = frame.next++;
     if (node.kind == NodeKind::Object) {
       const Member& m = node.members[i];
-      writer.Key(m.key, m.keyLength);
+      writer.Key(m.Key());
       emit(m.value);
     } else {
       emit(node.elements[i]);
@@ -165,21 +122,144 @@ bool Emit(Writer& writer, const Value& value, std::size_t maxDepth) {
   return true;
 }
 
-}  // namespace
+// Passes the events of RapidJSON's parser (a SAX parser, so no tree is built) to the writer,
+// numbers as their tokens; stops, returning false to the parser, beyond maxDepth.
+class Relay : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Relay> {
+ public:
+  Relay(TextWriter& writer, std::size_t maxDepth) : writer_(writer), maxDepth_(maxDepth) {}
 
-std::string WriteCompact(const Value& value, std::size_t expectedSize) {
-  StringOutput out(expectedSize);
-  rapidjson::Writer<StringOutput> writer(out);
-  Emit(writer, value, static_cast<std::size_t>(-1));
-  return out.Take();
+  bool Default() { return false; }  // every event the parser sends has its own handler below
+  bool Null() {
+    writer_.Null();
+    return true;
+  }
+  bool Bool(bool b) {
+    writer_.Bool(b);
+    return true;
+  }
+  bool RawNumber(const char* token, rapidjson::SizeType length, bool) {
+    writer_.Number({token, length});
+    return true;
+  }
+  bool String(const char* text, rapidjson::SizeType length, bool) {
+    writer_.String({text, length});
+    return true;
+  }
+  bool Key(const char* text, rapidjson::SizeType length, bool) {
+    writer_.Key({text, length});
+    return true;
+  }
+  bool StartObject() {
+    writer_.StartObject();
+    return writer_.Depth() <= maxDepth_;
+  }
+  bool EndObject(rapidjson::SizeType) {
+    writer_.EndObject();
+    return true;
+  }
+  bool StartArray() {
+    writer_.StartArray();
+    return writer_.Depth() <= maxDepth_;
+  }
+  bool EndArray(rapidjson::SizeType) {
+    writer_.EndArray();
+    return true;
+  }
+
+ private:
+  TextWriter& writer_;
+  std::size_t maxDepth_;
+};
+
+// The text of text rewritten in layout; false when the parser refuses it or it nests beyond
+// maxDepth.
+bool Rewrite(std::string_view text, Layout layout, std::size_t maxDepth, std::string& out) {
+  TextWriter writer(layout, text.size() * 2);
+  rapidjson::MemoryStream bytes(text.data(), text.size());
+  rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> input(bytes);
+  Relay relay(writer, maxDepth);
+  rapidjson::Reader reader;
+  constexpr unsigned kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
+  if (reader.Parse<kFlags>(input, relay).IsError()) return false;
+  out = writer.Take();
+  return true;
 }
 
-std::string WritePretty(const Value& value, std::size_t expectedSize) {
-  StringOutput out(expectedSize);
-  rapidjson::PrettyWriter<StringOutput> writer(out);
-  writer.SetIndent(' ', 4);
-  if (!Emit(writer, value, kMaxPrettyDepth)) return WriteCompact(value, expectedSize);
-  return out.Take();
+}  // namespace
+
+TextWriter::TextWriter(Layout layout, std::size_t expectedSize) : indented_(layout == Layout::kIndented) {
+  out_.reserve(expectedSize);
+}
+
+void TextWriter::NewLine() {
+  out_ += '\n';
+  out_.append(kIndent * counts_.size(), ' ');
+}
+
+void TextWriter::BeforeValue() {
+  if (afterKey_) {
+    afterKey_ = false;
+    return;
+  }
+  if (counts_.empty()) return;
+  if (counts_.back()++ != 0) out_ += ',';
+  if (indented_) NewLine();
+}
+
+void TextWriter::Open(char bracket) {
+  BeforeValue();
+  out_ += bracket;
+  counts_.push_back(0);
+}
+
+void TextWriter::Close(char bracket) {
+  const std::uint32_t count = counts_.back();
+  counts_.pop_back();
+  if (indented_ && count != 0) NewLine();
+  out_ += bracket;
+}
+
+void TextWriter::Key(std::string_view name) {
+  BeforeValue();
+  AppendEscaped(out_, name);
+  out_ += indented_ ? ": " : ":";
+  afterKey_ = true;
+}
+
+void TextWriter::String(std::string_view text) {
+  BeforeValue();
+  AppendEscaped(out_, text);
+}
+
+void TextWriter::Bool(bool value) {
+  BeforeValue();
+  out_ += value ? "true" : "false";
+}
+
+void TextWriter::Integer(std::int64_t value) {
+  BeforeValue();
+  char digits[24];
+  out_.append(digits, FormatInteger(value, digits));
+}
+
+void TextWriter::Null() {
+  BeforeValue();
+  out_ += "null";
+}
+
+void TextWriter::Number(std::string_view token) {
+  BeforeValue();
+  out_ += token;
+}
+
+std::string WriteValue(const Value& value, Layout layout, std::size_t expectedSize) {
+  if (layout == Layout::kIndented) {
+    TextWriter writer(Layout::kIndented, expectedSize * 2);
+    if (Emit(writer, value, kMaxIndentedDepth)) return writer.Take();
+  }
+  TextWriter writer(Layout::kCompact, expectedSize);
+  Emit(writer, value, static_cast<std::size_t>(-1));
+  return writer.Take();
 }
 
 std::size_t ExpectedTextSize(const Node& node) noexcept {
@@ -187,31 +267,12 @@ std::size_t ExpectedTextSize(const Node& node) noexcept {
   return &node == &node.doc->root ? node.doc->arena.Footprint() / 5 * 3 : 0;
 }
 
-struct CompactWriter::State {
-  explicit State(std::size_t expected) : out(expected), writer(out) {}
-  StringOutput out;
-  rapidjson::Writer<StringOutput> writer;
-};
-
-CompactWriter::CompactWriter(std::size_t expectedSize) : state_(std::make_unique<State>(expectedSize)) {}
-CompactWriter::~CompactWriter() = default;
-
-void CompactWriter::StartObject() { state_->writer.StartObject(); }
-void CompactWriter::EndObject() { state_->writer.EndObject(); }
-void CompactWriter::StartArray() { state_->writer.StartArray(); }
-void CompactWriter::EndArray() { state_->writer.EndArray(); }
-void CompactWriter::Key(std::string_view name) {
-  state_->writer.Key(name.data(), static_cast<rapidjson::SizeType>(name.size()));
+std::string PrettyText(std::string_view text) {
+  text = WithoutByteOrderMark(text);
+  std::string out;
+  if (Rewrite(text, Layout::kIndented, kMaxIndentedDepth, out)) return out;
+  if (Rewrite(text, Layout::kCompact, static_cast<std::size_t>(-1), out)) return out;
+  return std::string(text);
 }
-void CompactWriter::String(std::string_view text) {
-  state_->writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-}
-void CompactWriter::Bool(bool value) { state_->writer.Bool(value); }
-void CompactWriter::Integer(std::int64_t value) {
-  char buffer[24];
-  state_->writer.RawValue(buffer, FormatInteger(value, buffer), rapidjson::kNumberType);
-}
-
-std::string CompactWriter::Take() { return state_->out.Take(); }
 
 }  // namespace kova::json

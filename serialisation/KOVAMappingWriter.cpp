@@ -19,53 +19,15 @@ namespace {
 
 const ZANUnicodeString kNull("null");
 
-// "CustomData" unless it is the text "null" (an absent key reads back as "null"), then
-// "KOVASynchroStamp" in versioned form unless the stamp is empty.
-void PutCustomData(ZANOmxJsonObject& object, const KOVAMappingPrivateObject& data) {
-  ZANUnicodeString customData = data.GetCustomData();
-  if (!(customData == kNull)) object.PutString("CustomData", customData);
-}
-
-void PutStamp(ZANOmxJsonObject& object, const KOVAMappingPrivateObject& data) {
-  const ZANUnicodeString stamp = data.GetKSStamp();
-  if (!stamp.IsEmpty()) {
-    object.PutString("KOVASynchroStamp", KOVAKSSVersioning::ComputeKSSWithVersion(stamp, data.GetKSSVersion()));
-  }
-}
-
-ZANOmxJsonObject InstanceObject(const KOVAMappingInstance& instance) {
-  const auto data = KOVAPrivateAccess::GetPrivate(instance);
-  ZANOmxJsonObject object;
-  object.PutString("kOVAId", data->GetKOVAID());
-  object.PutString("PlexoId", data->GetPlexoID());
-  object.PutBoolean("IsLocal", data->GetIsLocal());
-  object.PutString("RefId", data->GetRefID());
-  PutCustomData(object, *data);
-  PutStamp(object, *data);
-  return object;
-}
-
-ZANOmxJsonObject ReferenceObject(const KOVAMappingReference& reference) {
-  const auto data = KOVAPrivateAccess::GetPrivate(reference);
-  ZANOmxJsonObject object;
-  PutCustomData(object, *data);
-  object.PutBoolean("IsLocal", data->GetIsLocal());
-  object.PutString("PlexoId", data->GetPlexoID());
-  object.PutString("kOVAId", data->GetKOVAID());
-  PutStamp(object, *data);
-  ZANOmxJsonArray instances;
-  for (const KOVAMappingInstance& instance : kova::model::IndexAccess::Instances(*data)) instances.PutJsonObject(InstanceObject(instance));
-  if (instances.Length() > 0) object.PutJsonArray("Instances", instances);
-  return object;
-}
-
-// The same document written straight to text, member by member in the order the tree above gets
-// them, through the writer the tree's text comes from. Used when no log wants the tree printed.
-// What the tree refuses is left out here as well: texts longer than a tree holds, and elements
-// beyond the largest array.
+// The document of a table written straight to text, member by member: "version", then
+// "References", each reference's "CustomData" (unless "null"), "IsLocal", "PlexoId", "kOVAId",
+// "KOVASynchroStamp" (unless the stamp is empty) and "Instances" (unless there are none), each
+// instance's "kOVAId", "PlexoId", "IsLocal", "RefId", "CustomData" and "KOVASynchroStamp" (same
+// rules). What the JSON object model refuses is left out here as well: texts longer than it
+// holds, and elements beyond the largest array.
 class StreamedDocument {
  public:
-  explicit StreamedDocument(std::size_t expectedSize) : writer_(expectedSize) {}
+  StreamedDocument(kova::json::Layout layout, std::size_t expectedSize) : writer_(layout, expectedSize) {}
 
   std::string Write(const KOVAMappingPrivateTable& table) {
     writer_.StartObject();
@@ -145,7 +107,7 @@ class StreamedDocument {
     writer_.EndObject();
   }
 
-  kova::json::CompactWriter writer_;
+  kova::json::TextWriter writer_;
 };
 
 // Room to reserve for the text of table: a mapping object with ids, stamp and custom data of
@@ -160,29 +122,19 @@ std::size_t ExpectedDocumentSize(const KOVAMappingPrivateTable& table) {
   return 64 + objects * kBytesPerObject;
 }
 
-// The tree of the document, printed to the log before its text is taken.
-ZANUnicodeString TreeText(KOVAMappingTable& table) {
-  ZANOmxJsonObject root;
-  root.PutInteger("version", KOVAMappingPrivateTable::GetCurrentVersion());
-  ZANOmxJsonArray references;
-  for (const KOVAMappingReference& reference :
-       kova::model::IndexAccess::References(*KOVAPrivateAccess::GetPrivate(table))) {
-    references.PutJsonObject(ReferenceObject(reference));
-  }
-  root.PutJsonArray("References", references);
-  kova::diagnostics::Emit(kova::diagnostics::LineKind::kBulky, root.PrettyPrint(), "JSON generated from MappingTable");
-  return root.ToString();
-}
-
 }  // namespace
 
 ZANUnicodeString KOVAMappingParser::TranslateToString(KOVAMappingTable& table) {
-  // The tree is built only for the log's print of it; otherwise the text is written directly.
   const KOVAMappingPrivateTable& data = *KOVAPrivateAccess::GetPrivate(table);
-  const ZANUnicodeString text =
-      kova::diagnostics::BulkyLinesWanted()
-          ? TreeText(table)
-          : ZANUnicodeString::FromValidUTF8(StreamedDocument(ExpectedDocumentSize(data)).Write(data));
+  const std::size_t expectedSize = ExpectedDocumentSize(data);
+  if (kova::diagnostics::BulkyLinesWanted()) {
+    kova::diagnostics::Emit(kova::diagnostics::LineKind::kBulky,
+                            ZANUnicodeString::FromValidUTF8(
+                                StreamedDocument(kova::json::Layout::kIndented, expectedSize * 2).Write(data)),
+                            "JSON generated from MappingTable");
+  }
+  const ZANUnicodeString text = ZANUnicodeString::FromValidUTF8(
+      StreamedDocument(kova::json::Layout::kCompact, expectedSize).Write(data));
   if (kova::CompressionSwitchOn()) {
     ZANUnicodeString envelope;
     // A failed compression falls back to the plain document.

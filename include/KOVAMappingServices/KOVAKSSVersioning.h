@@ -7,6 +7,10 @@
 // Prefixes are recognised at the very start of the text only, and only one digit of a version
 // is read (V12:abc carries version 1); GetKSSFromKSSWithVersion drops a fixed three characters to
 // match, so V12:abc gives :abc.
+//
+// Every function is static, keeps no state and returns new texts: any thread may call them at
+// once. GetStampParser and GetStampV11 only read the document object (ZANOmxJson.h says when one
+// document may be read from several threads).
 #ifndef KOVAMAPPINGSERVICES_KOVAKSSVERSIONING_H_
 #define KOVAMAPPINGSERVICES_KOVAKSSVERSIONING_H_
 

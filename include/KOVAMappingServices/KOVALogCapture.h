@@ -40,6 +40,8 @@
 //    reach every other capture of the thread. A sink must not destroy its own capture.
 //  - An exception thrown by a sink, or by the collecting capture when memory is exhausted,
 //    propagates to the host through the library call that emitted the line.
+//  - The capture owns the lines it keeps: Lines() refers to them until Clear() or the capture's
+//    destruction. A sink stays the host's; the capture only refers to it.
 #ifndef KOVAMAPPINGSERVICES_KOVALOGCAPTURE_H_
 #define KOVAMAPPINGSERVICES_KOVALOGCAPTURE_H_
 

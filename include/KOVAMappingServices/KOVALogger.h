@@ -8,6 +8,10 @@
 // standard output: see KOVALogCapture.h. While a capture is alive on a thread, IsActive() is true
 // on that thread and log hands the line to the capture, printing it as well only when
 // "ActivateKOVALogger" is set.
+//
+// Thread safety: IsActive and log may be called from any thread; the lines of one thread go to that
+// thread's captures only. ToString reads the object it dumps, which counts as a use of it (a table
+// and its objects are used by one thread at a time, KOVAMappingTable.h); it returns a new text.
 #ifndef KOVAMAPPINGSERVICES_KOVALOGGER_H_
 #define KOVAMAPPINGSERVICES_KOVALOGGER_H_
 

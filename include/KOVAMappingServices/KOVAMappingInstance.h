@@ -1,5 +1,8 @@
 // KOVAMappingInstance: the public handle of a mapping instance. Copies and assignments share the
 // private instance.
+//
+// Ownership and thread safety: those of every handle (KOVAMappingObject.h). An instance held by a
+// table is used by one thread at a time together with that table (KOVAMappingTable.h).
 #ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGINSTANCE_H_
 #define KOVAMAPPINGSERVICES_KOVAMAPPINGINSTANCE_H_
 

@@ -7,9 +7,13 @@
 // A handle stored in a vector that a table or reference handed out tells the table's indexes when
 // it is assigned or destroyed there, so in-place changes of those vectors are seen.
 //
+// Ownership: handles own their private object jointly; it lives as long as any handle or any table
+// holding it. Getters return copies of the texts.
+//
 // Thread safety: the reference count is atomic; nothing else is. Copying, assigning or destroying
-// a handle uses its object: an object held by a table is used by one thread at a time, like the
-// table.
+// a handle uses its object (assignment and destruction read which containers hold it), as does
+// every getter and setter. An object is used by one thread at a time; an object held by a table,
+// like the table and together with it (KOVAMappingTable.h).
 #ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGOBJECT_H_
 #define KOVAMAPPINGSERVICES_KOVAMAPPINGOBJECT_H_
 

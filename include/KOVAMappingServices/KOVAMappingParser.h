@@ -1,23 +1,28 @@
 // KOVAMappingParser: reads and writes mapping documents, and packs and opens the compressed
 // envelope ("V" + version + ":" + UTF-8 size + ":" + base64 of the zlib-compressed text).
+//
+// Thread safety: every function is static, keeps no state between calls and may run on several
+// threads at once, each on its own table (a table is used by one thread at a time).
+// Diagnostics: with "ActivateKOVALogger" set, or a KOVALogCapture on the calling thread, each call
+// reports its failures (and, when someone takes them, the texts it read or wrote) as log lines.
 #ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGPARSER_H_
 #define KOVAMAPPINGSERVICES_KOVAMAPPINGPARSER_H_
 
 #include <KOVAMappingServices/KOVAExport.h>
-#include <KOVAMappingServices/KOVAMappingReference.h>
 #include <KOVAMappingServices/KOVAMappingTable.h>
 #include <KOVAMappingServices/ZANBaseUnknown.h>
-#include <KOVAMappingServices/ZANOmxJson.h>
 #include <KOVAMappingServices/ZANStatus.h>
 #include <KOVAMappingServices/ZANUnicodeString.h>
 
 #include <cstdint>
-#include <map>
 
 class KOVA_EXPORT KOVAMappingParser {
  public:
-  // Reads a mapping document of versions 6 to 12, plain or enveloped, into table. References
-  // added before a failure stay in the table.
+  // Reads a mapping document of versions 6 to 12, plain or enveloped, into table. A text that is
+  // not JSON leaves the table untouched (the parser's status); one that is not a non-empty object
+  // too (E_FAIL). Otherwise the owner and the document's version are set first, and references
+  // are added one by one as each is read whole: on a failure those added before stay in the table
+  // (callers wanting all or nothing clear it on a failed status).
   static HRESULT TranslateToMappingTable(ZANUnicodeString text, const ZANBaseUnknown& owner,
                                          KOVAMappingTable& table);
   // Writes table as a document of the current version, enveloped when
@@ -32,21 +37,6 @@ class KOVA_EXPORT KOVAMappingParser {
   static HRESULT TryDecompressMT(ZANUnicodeString& text);
 
  private:
-  static HRESULT ParseMappingTable(const ZANOmxJsonObject& root, KOVAMappingTable& table);
-  static HRESULT ParseRefV6(const ZANOmxJsonObject& root, KOVAMappingTable& table);
-  static HRESULT ParseRefV7(const ZANOmxJsonObject& root, KOVAMappingTable& table);
-  static HRESULT ParseRefV8(const ZANOmxJsonObject& root, KOVAMappingTable& table);
-  static HRESULT ParseRefV9(const ZANOmxJsonObject& root, KOVAMappingTable& table);
-  static HRESULT ParseRefV10(const ZANOmxJsonObject& root, KOVAMappingTable& table);
-  static HRESULT ParseRefV11(const ZANOmxJsonObject& root, KOVAMappingTable& table);
-  static HRESULT ParseRefInstV6(const ZANOmxJsonObject& root, KOVAMappingReference& reference);
-  static HRESULT ParseInstV7(const ZANOmxJsonObject& object, KOVAMappingReference& reference);
-  static HRESULT ParseInstV8(const ZANOmxJsonObject& object, KOVAMappingReference& reference);
-  static HRESULT ParseInstV10(const ZANOmxJsonObject& object, KOVAMappingReference& reference);
-  static HRESULT ParseInstV11(const ZANOmxJsonObject& object, KOVAMappingReference& reference);
-  static bool GotAllMandatoryAttrs(const std::map<ZANUnicodeString, std::int32_t>& statuses);
-  static std::int32_t GetStamp(const ZANOmxJsonObject& object, ZANUnicodeString& stamp);
-
   static HRESULT CompressMT(const ZANUnicodeString& text, ZANUnicodeString& out, std::uint64_t& size);
   static HRESULT DecompressMT(const ZANUnicodeString& payload, ZANUnicodeString& out, std::uint64_t& size);
   static std::uint64_t GetSizeRemovePrefix(ZANUnicodeString& text);

@@ -1,4 +1,6 @@
 // Private mapping instance: a mapping object plus the id of the reference it instantiates.
+//
+// Ownership and thread safety: those of every private object (KOVAMappingPrivateObject.h).
 #ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGPRIVATEINSTANCE_H_
 #define KOVAMAPPINGSERVICES_KOVAMAPPINGPRIVATEINSTANCE_H_
 

@@ -24,6 +24,9 @@ class ObjectLinks;
 // change of its kOVA id, Plexo id or is-local flag updates the look-up indexes of exactly those
 // containers, at once. Copies (construction and assignment) never copy that membership.
 //
+// Ownership: handles share a private object through std::shared_ptr. A copy of a private object
+// is a new object with the same fields (a private reference's copy shares its instances).
+//
 // Thread safety: none of its own. An object held by a table is used, like the table, by one
 // thread at a time; that includes copying, assigning and destroying the handles that share it.
 class KOVA_EXPORT KOVAMappingPrivateObject {

@@ -1,4 +1,12 @@
 // Private mapping reference: a mapping object plus its instances, in insertion order.
+//
+// Ownership: the reference holds handles of its instances, sharing them with the caller and with
+// any other reference that holds them; the vector GetInstances returns is its own, valid as long
+// as the reference lives.
+//
+// Thread safety: none of its own (KOVAMappingPrivateObject.h). Instance look-ups through a table
+// may bring the reference's index up to date: the reference is used, with every table holding it,
+// by one thread at a time.
 #ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGPRIVATEREFERENCE_H_
 #define KOVAMAPPINGSERVICES_KOVAMAPPINGPRIVATEREFERENCE_H_
 

@@ -18,8 +18,17 @@ struct IndexAccess;
 class TableIndexes;
 }  // namespace kova::model
 
-// Thread safety: none. A table, its objects and the handles that share them are used by one thread
-// at a time; tables that share no object may be used by different threads at once.
+// Ownership: the table holds handles of its references, sharing them with the callers that added
+// them; the vector GetReferences returns is its own, valid as long as the table lives. Handles it
+// gives out share its objects.
+//
+// Failure: E_FAIL changes nothing and leaves outputs untouched; after std::bad_alloc the table is
+// fit only to be assigned to or destroyed.
+//
+// Thread safety: none, not even for reading: look-ups make or bring up to date the indexes. A
+// table, its objects and the handles that share them are used by one thread at a time, with every
+// other table holding one of those objects; tables that share no object may be used by different
+// threads at once.
 //
 // Look-ups are answered from hash indexes that the table keeps in step with every change, made
 // through the table, through any handle of its objects (ids, is-local flag) or in place in the

@@ -1,5 +1,15 @@
 // KOVAMappingReference: the public handle of a mapping reference. Copies and assignments share
 // the private reference.
+//
+// Ownership: AddInstance stores the caller's instance, not a copy. The vector GetInstances returns
+// is the private reference's own, valid as long as the reference lives (any handle or table
+// holding it).
+//
+// Failure: AddInstance and RemoveInstance return E_FAIL with nothing changed (an equal instance is
+// already there; no equal instance is there).
+//
+// Thread safety: that of every handle (KOVAMappingObject.h). A reference, its instances and every
+// table holding it are used by one thread at a time (KOVAMappingTable.h).
 #ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGREFERENCE_H_
 #define KOVAMAPPINGSERVICES_KOVAMAPPINGREFERENCE_H_
 

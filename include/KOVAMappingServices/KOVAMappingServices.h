@@ -1,4 +1,6 @@
 // KOVAMappingServices: the umbrella header. Including it gives every public class of the library.
+// Each header states its own rules of threads, ownership and failure; those of tables and their
+// objects are in KOVAMappingTable.h.
 #ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGSERVICES_H_
 #define KOVAMAPPINGSERVICES_KOVAMAPPINGSERVICES_H_
 

@@ -9,8 +9,25 @@
 // hands out, at a cost in proportion to what changed. Answers are those of walking the references
 // (and their instances) in order: the first match wins.
 //
-// Thread safety: none. A table, its objects and the handles that share them are used by one thread
-// at a time; tables that share no object may be used by different threads at once.
+// Ownership: copies of a table share its content; the owner handle (GetOwner, SetOwner) is held by
+// each copy, not shared. AddReference and AddInstance store the caller's object, not a copy: later
+// changes through the caller's handle are the table's. Handles the table gives out (look-ups,
+// GetRootReference, GetInstances, GetContent) share the table's objects and keep them alive after
+// the table is gone. The vector GetReferences returns is the table's own, valid while any copy of
+// the table lives.
+//
+// Failure: a call that returns E_FAIL changes nothing, and a failed look-up leaves its output
+// untouched. When memory runs out a call raises std::bad_alloc and may have made part of its
+// change; such a table is fit only to be assigned to or destroyed.
+//
+// Thread safety: none, not even for reading: a look-up may make or bring up to date the table's
+// indexes, so every call, const ones included, uses the table. A table, its copies, its objects and
+// the handles that share them are used by one thread at a time; assigning or destroying a handle
+// uses its object (KOVAMappingObject.h). An object held by several tables (a reference, or an
+// instance under references of two tables) ties those tables together: they are used by one thread
+// at a time as one. The reference counts of handles and table copies are atomic. Tables that share
+// no object may be used by different threads at once: the library keeps no state shared between
+// tables.
 #ifndef KOVAMAPPINGSERVICES_KOVAMAPPINGTABLE_H_
 #define KOVAMAPPINGSERVICES_KOVAMAPPINGTABLE_H_
 

@@ -1,4 +1,8 @@
 // KOVAPrivateAccess: the bridge from public handles to their private objects and back.
+//
+// What each call returns is stated on it: a share of the private object, a pointer the table keeps
+// valid while any copy of it lives, or a new handle. Each call uses the objects it is given, under
+// their thread rules (KOVAMappingTable.h).
 #ifndef KOVAMAPPINGSERVICES_KOVAPRIVATEACCESS_H_
 #define KOVAMAPPINGSERVICES_KOVAPRIVATEACCESS_H_
 

@@ -1,5 +1,13 @@
 // KOVASynchroStampServices: synchro stamps derived from CE stamps (and, with the knowledge
 // engine, computed from attribute values).
+//
+// Thread safety: the services keep no state between calls (the digest context is per thread):
+// they may be called from several threads at once. They only read the objects and parameters they
+// are given (ZANKnwParms.h, ZANKnwObjects.h).
+//
+// Ownership: texts, maps and name lists are taken by value; the stamp is written into the caller's
+// string. Failure: a failing status leaves the output untouched; the exceptions raised are stated
+// on each call.
 #ifndef KOVAMAPPINGSERVICES_KOVASYNCHROSTAMPSERVICES_H_
 #define KOVAMAPPINGSERVICES_KOVASYNCHROSTAMPSERVICES_H_
 

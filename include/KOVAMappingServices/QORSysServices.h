@@ -1,6 +1,9 @@
 // Digest and base64 services of the platform.
 //
-// Buffers handed back are allocated with malloc; the caller releases them with free.
+// Buffers handed back are allocated with malloc; the caller releases them with free. A failing
+// call returns a negative status and leaves its outputs untouched. The services keep no state
+// shared between threads (the digest context is per thread): they may be called from several
+// threads at once.
 #ifndef KOVAMAPPINGSERVICES_QORSYSSERVICES_H_
 #define KOVAMAPPINGSERVICES_QORSYSSERVICES_H_
 

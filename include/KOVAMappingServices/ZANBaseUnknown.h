@@ -2,6 +2,11 @@
 //
 // A ZANComponent is a reference-counted platform object; a ZANBaseUnknown is a copyable handle
 // to one (copies share the component). A default-constructed handle is empty.
+//
+// Ownership: the handles of a component own it jointly; it is destroyed with its last handle.
+// Thread safety: the reference count is atomic, so handles of one component may be copied and
+// destroyed on different threads at once; what may be done with the component itself is stated by
+// its interfaces.
 #ifndef KOVAMAPPINGSERVICES_ZANBASEUNKNOWN_H_
 #define KOVAMAPPINGSERVICES_ZANBASEUNKNOWN_H_
 

@@ -13,6 +13,8 @@
 //  - Using a null typed handle (operator->, operator*) raises ZANNullVarError, the one exception
 //    of the component model, whose message names the handle type, e.g.
 //    "null handle used: ZANIKnwParm_var". ZANBaseUnknown_var::ThrowErrorNullVar raises it directly.
+//  - Ownership and thread safety of every handle are those of ZANBaseUnknown (ZANBaseUnknown.h):
+//    joint ownership of the component, an atomic reference count.
 #ifndef KOVAMAPPINGSERVICES_ZANCOMPONENTHANDLES_H_
 #define KOVAMAPPINGSERVICES_ZANCOMPONENTHANDLES_H_
 

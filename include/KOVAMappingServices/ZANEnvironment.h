@@ -1,4 +1,7 @@
 // Environment lookup of the platform.
+//
+// Returns a copy of the value. Safe from several threads at once as long as nothing changes the
+// environment (setenv, putenv) meanwhile.
 #ifndef KOVAMAPPINGSERVICES_ZANENVIRONMENT_H_
 #define KOVAMAPPINGSERVICES_ZANENVIRONMENT_H_
 

@@ -20,6 +20,10 @@
 //   ZANBaseUnknown_var part = ZANKnwBuilder::MakeObject(ZANKnwBuilder::FindType("GRDReference"),
 //                                                       {{"Mass", b}, {"Name", a}});
 // The object offers ZANIInstance and ZANIKnwObject unless the facets say otherwise.
+//
+// Every Make... and CreateType returns a handle to a new component, which the caller's handles own;
+// the builder keeps nothing. Any thread may call the builder; FindType reads the type dictionary,
+// which is safe from several threads (ZANKnwTypes.h).
 #ifndef KOVAMAPPINGSERVICES_ZANKNWBUILDER_H_
 #define KOVAMAPPINGSERVICES_ZANKNWBUILDER_H_
 

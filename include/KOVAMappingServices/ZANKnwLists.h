@@ -2,6 +2,9 @@
 //
 // ZANListValZANUnicodeString and ZANListValZANIKnwParm_var are the two the attribute services
 // use. Indexing outside 1..Size() raises std::out_of_range.
+//
+// A list is a value: it owns its elements (for handles, a share of each component), copies are
+// independent, and one list is changed by one thread at a time or read from several.
 #ifndef KOVAMAPPINGSERVICES_ZANKNWLISTS_H_
 #define KOVAMAPPINGSERVICES_ZANKNWLISTS_H_
 

@@ -1,4 +1,5 @@
-// Identifiers of objects stored by the PLM platform.
+// Identifiers of objects stored by the PLM platform: values (copies are independent), used like
+// any value from one thread at a time, or read from several.
 #ifndef KOVAMAPPINGSERVICES_ZANPLMID_H_
 #define KOVAMAPPINGSERVICES_ZANPLMID_H_
 

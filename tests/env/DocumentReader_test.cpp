@@ -4,6 +4,7 @@
 #include <KOVAMappingServices/KOVAMappingParser.h>
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
+#include <KOVAMappingServices/ZANOmxJson.h>
 
 #include <gtest/gtest.h>
 
