@@ -32,7 +32,10 @@ kova_env_test(kova_envelope_allocation SOURCES ${KOVA_ENVELOPE_ENV}/EnvelopeAllo
 kova_env_test(kova_envelope_allocation FILTER EnvelopeBase64Failure)
 target_link_libraries(kova_envelope_allocation PRIVATE PkgConfig::LIBDEFLATE)
 
-# Exchange with zlib itself (test-only dependency).
-find_package(ZLIB REQUIRED)
+# Exchange with zlib itself.
 kova_env_test(kova_envelope_zlib SOURCES ${KOVA_ENVELOPE_ENV}/EnvelopeZlib_test.cpp)
 target_link_libraries(kova_envelope_zlib PRIVATE ZLIB::ZLIB)
+
+# Damaged streams: the service's and the envelope's answers against zlib's uncompress.
+kova_env_test(kova_envelope_damage SOURCES ${KOVA_ENVELOPE_ENV}/EnvelopeDamage_test.cpp)
+target_link_libraries(kova_envelope_damage PRIVATE ZLIB::ZLIB)

@@ -25,12 +25,13 @@ KOVA_EXPORT HRESULT ZANSysCompress(const unsigned char* source, std::uint64_t so
 
 // Decompresses a zlib stream into destination of capacity destinationLength; on return
 // destinationLength is the length produced, which may be less than the capacity. Bytes after the
-// end of the stream are ignored. ZANZ_E_INSUFFICIENTBUFFER when the capacity is too small,
-// ZANZ_E_BADDATA for input that is not a complete zlib stream (input cut short after it has
-// already filled the capacity may give ZANZ_E_INSUFFICIENTBUFFER), ZANZ_E_OUTOFMEMORY when memory
-// runs out, ZAN_E_INVALIDARG for a null pointer with a non-zero length or a source length beyond
-// the machine's addressable size. On any failure destinationLength is 0 and what destination holds
-// is not to be used.
+// end of the stream are ignored. Failures are named as zlib's uncompress names them into a buffer
+// of that capacity: ZANZ_E_INSUFFICIENTBUFFER (Z_BUF_ERROR) when the output fills the capacity
+// before the stream ends, ZANZ_E_BADDATA (Z_DATA_ERROR) for damaged data or input that ends early
+// while there is still room, ZANZ_E_OUTOFMEMORY (Z_MEM_ERROR) when memory runs out;
+// ZAN_E_INVALIDARG for a null pointer with a non-zero length or a source length beyond the
+// machine's addressable size. On any failure destinationLength is 0 and what destination holds is
+// not to be used.
 KOVA_EXPORT HRESULT ZANSysUncompress(const unsigned char* source, std::uint64_t sourceLength,
                                      unsigned char* destination, std::uint64_t& destinationLength);
 

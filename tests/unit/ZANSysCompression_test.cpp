@@ -151,11 +151,15 @@ TEST(ZANSysCompression, TooSmallDecompressionTargetIsInsufficientBuffer) {
   const std::string data = RandomText(10000, "abcdef", 6);
   const std::string stream = Compress(data).bytes;
   EXPECT_EQ(Uncompress(stream, data.size()).status, S_OK);
-  for (const std::uint64_t capacity : {std::uint64_t{0}, std::uint64_t{1}, std::uint64_t{data.size() - 1}}) {
+  for (const std::uint64_t capacity : {std::uint64_t{1}, std::uint64_t{data.size() - 1}}) {
     const Outcome back = Uncompress(stream, capacity);
     EXPECT_EQ(back.status, ZANZ_E_INSUFFICIENTBUFFER) << capacity;
     EXPECT_TRUE(back.bytes.empty());
   }
+  // With no room at all, zlib's uncompress calls a stream of more than one byte bad data.
+  const Outcome none = Uncompress(stream, 0);
+  EXPECT_EQ(none.status, ZANZ_E_BADDATA);
+  EXPECT_TRUE(none.bytes.empty());
 }
 
 TEST(ZANSysCompression, CorruptStreamsAreBadData) {
