@@ -14,26 +14,17 @@
 
 #include <chrono>
 #include <iterator>
+#include <optional>
 #include <string>
 
-#include <cstdlib>
-#include <map>
-#include <memory>
-#include <optional>
-#include <utility>
-
-#include "DocumentGenerator.h"
+#include "BenchDocuments.h"
 
 namespace {
 
 using kova::bench::GeneratedDocument;
-using kova::bench::Shape;
 
 const GeneratedDocument& Document(std::size_t objects) {
-  static std::map<std::size_t, std::unique_ptr<GeneratedDocument>> cache;
-  auto& slot = cache[objects];
-  if (!slot) slot = std::make_unique<GeneratedDocument>(kova::bench::GenerateDocument(Shape::TenPerReference, objects));
-  return *slot;
+  return kova::bench::CachedBenchDocument(kova::bench::Shape::kTenPerReference, objects);
 }
 
 void SetCounters(benchmark::State& state, const GeneratedDocument& doc) {

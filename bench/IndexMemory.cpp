@@ -13,7 +13,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "DocumentGenerator.h"
+#include "BenchDocuments.h"
 
 namespace {
 
@@ -31,8 +31,8 @@ int main(int argc, char** argv) {
   }
   const int shapeNumber = std::atoi(argv[1]);
   const auto objects = static_cast<std::size_t>(std::strtoull(argv[2], nullptr, 10));
-  const auto shape = shapeNumber == 0 ? kova::bench::Shape::OneReference : kova::bench::Shape::TenPerReference;
-  const kova::bench::GeneratedDocument doc = kova::bench::GenerateDocument(shape, objects);
+  const kova::bench::GeneratedDocument doc =
+      kova::bench::MakeBenchDocument(kova::bench::ShapeNumbered(shapeNumber), objects);
   const ZANUnicodeString text = ZANUnicodeString::FromValidUTF8(doc.text);
   // One read first, its table dropped: what the reader keeps for the thread (the parser's buffers)
   // is then in place and not counted below.

@@ -12,15 +12,12 @@
 #include <simdjson.h>
 #include <zlib.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <map>
-#include <memory>
 #include <random>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
-#include "DocumentGenerator.h"
+#include "BenchDocuments.h"
 #include "StampAttributes.h"
 
 namespace {
@@ -28,15 +25,11 @@ namespace {
 using kova::bench::GeneratedDocument;
 using kova::bench::Shape;
 
-// Generated once per shape and size, kept for the whole run.
 const GeneratedDocument& Document(Shape shape, std::size_t objects) {
-  static std::map<std::pair<int, std::size_t>, std::unique_ptr<GeneratedDocument>> cache;
-  auto& slot = cache[{static_cast<int>(shape), objects}];
-  if (!slot) slot = std::make_unique<GeneratedDocument>(kova::bench::GenerateDocument(shape, objects));
-  return *slot;
+  return kova::bench::CachedBenchDocument(shape, objects);
 }
 
-Shape ShapeOf(const benchmark::State& state) { return state.range(0) == 0 ? Shape::OneReference : Shape::TenPerReference; }
+Shape ShapeOf(const benchmark::State& state) { return kova::bench::ShapeNumbered(state.range(0)); }
 
 void SetObjectCounters(benchmark::State& state, const GeneratedDocument& doc) {
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * doc.objects));
@@ -114,7 +107,7 @@ void BM_Insert(benchmark::State& state) {
     KOVAMappingTable table;
     std::vector<KOVAMappingReference> references;
     std::vector<KOVAMappingInstance> instances;
-    const std::size_t refCount = shape == Shape::OneReference ? 1 : (objects + 10) / 11;
+    const std::size_t refCount = shape == Shape::kOneReference ? 1 : (objects + 10) / 11;
     references.reserve(refCount);
     instances.reserve(objects);
     for (std::size_t r = 0; r < refCount; ++r) {
@@ -129,7 +122,7 @@ void BM_Insert(benchmark::State& state) {
     std::size_t next = 0;
     for (std::size_t r = 0; r < refCount; ++r) {
       if (table.AddReference(references[r]) != S_OK) state.SkipWithError("AddReference failed");
-      const std::size_t count = shape == Shape::OneReference ? instances.size() : std::min<std::size_t>(10, instances.size() - next);
+      const std::size_t count = shape == Shape::kOneReference ? instances.size() : std::min<std::size_t>(10, instances.size() - next);
       for (std::size_t i = 0; i < count; ++i) {
         if (table.AddInstance(instances[next++], references[r]) != S_OK) state.SkipWithError("AddInstance failed");
       }
@@ -146,7 +139,7 @@ void BM_Insert(benchmark::State& state) {
 // One look-up per iteration, cycling through every id of the table in a shuffled order.
 template <bool kInstance>
 void BM_Lookup(benchmark::State& state) {
-  const GeneratedDocument& doc = Document(Shape::TenPerReference, static_cast<std::size_t>(state.range(0)));
+  const GeneratedDocument& doc = Document(Shape::kTenPerReference, static_cast<std::size_t>(state.range(0)));
   KOVAMappingTable table;
   if (KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString::FromValidUTF8(doc.text), ZANBaseUnknown(), table) !=
       S_OK) {
@@ -187,7 +180,7 @@ void BM_LookupReferenceFromPlexoId(benchmark::State& state) { BM_Lookup<false>(s
 // --- Goal 3: the envelope against zlib level 6 ------------------------------------------------
 
 void BM_ZlibCompress(benchmark::State& state) {
-  const GeneratedDocument& doc = Document(Shape::TenPerReference, static_cast<std::size_t>(state.range(0)));
+  const GeneratedDocument& doc = Document(Shape::kTenPerReference, static_cast<std::size_t>(state.range(0)));
   std::vector<unsigned char> out(compressBound(doc.text.size()));
   uLongf length = 0;
   for (auto _ : state) {
@@ -202,7 +195,7 @@ void BM_ZlibCompress(benchmark::State& state) {
 }
 
 void BM_ZlibUncompress(benchmark::State& state) {
-  const GeneratedDocument& doc = Document(Shape::TenPerReference, static_cast<std::size_t>(state.range(0)));
+  const GeneratedDocument& doc = Document(Shape::kTenPerReference, static_cast<std::size_t>(state.range(0)));
   std::vector<unsigned char> packed(compressBound(doc.text.size()));
   uLongf packedLength = packed.size();
   compress2(packed.data(), &packedLength, reinterpret_cast<const Bytef*>(doc.text.data()), doc.text.size(), 6);
@@ -215,7 +208,7 @@ void BM_ZlibUncompress(benchmark::State& state) {
 }
 
 void BM_CompressMTWithPrefix(benchmark::State& state) {
-  const GeneratedDocument& doc = Document(Shape::TenPerReference, static_cast<std::size_t>(state.range(0)));
+  const GeneratedDocument& doc = Document(Shape::kTenPerReference, static_cast<std::size_t>(state.range(0)));
   const ZANUnicodeString text = ZANUnicodeString::FromValidUTF8(doc.text);
   ZANUnicodeString envelope;
   for (auto _ : state) {
@@ -226,7 +219,7 @@ void BM_CompressMTWithPrefix(benchmark::State& state) {
 }
 
 void BM_TryDecompressMT(benchmark::State& state) {
-  const GeneratedDocument& doc = Document(Shape::TenPerReference, static_cast<std::size_t>(state.range(0)));
+  const GeneratedDocument& doc = Document(Shape::kTenPerReference, static_cast<std::size_t>(state.range(0)));
   ZANUnicodeString envelope;
   KOVAMappingParser::CompressMTWithPrefix(ZANUnicodeString::FromValidUTF8(doc.text), envelope);
   for (auto _ : state) {
@@ -257,8 +250,8 @@ void BM_StampMap20(benchmark::State& state) {
 
 // The generator writes what the library's writer writes: checked once before anything is timed.
 void CheckGenerator() {
-  for (Shape shape : {Shape::OneReference, Shape::TenPerReference}) {
-    const GeneratedDocument doc = kova::bench::GenerateDocument(shape, 1000, 99);
+  for (Shape shape : {Shape::kOneReference, Shape::kTenPerReference}) {
+    const GeneratedDocument doc = kova::bench::MakeBenchDocument(shape, 1000, 99);
     KOVAMappingTable table;
     if (KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString::FromValidUTF8(doc.text), ZANBaseUnknown(),
                                                    table) != S_OK)

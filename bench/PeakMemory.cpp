@@ -20,7 +20,7 @@
 #include <sstream>
 #include <string>
 
-#include "DocumentGenerator.h"
+#include "BenchDocuments.h"
 
 namespace {
 
@@ -63,14 +63,14 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: %s <shape 0|1> <objects> [keep|hand-over]\n", argv[0]);
     return 1;
   }
-  const auto shape = std::atoi(argv[1]) == 0 ? kova::bench::Shape::OneReference : kova::bench::Shape::TenPerReference;
+  const kova::bench::Shape shape = kova::bench::ShapeNumbered(std::atoll(argv[1]));
   const std::size_t objects = std::strtoull(argv[2], nullptr, 10);
   const std::string path = "/tmp/kova_peak_" + std::to_string(getpid()) + ".json";
   {
-    const kova::bench::GeneratedDocument doc = kova::bench::GenerateDocument(shape, objects);
+    const kova::bench::GeneratedDocument doc = kova::bench::MakeBenchDocument(shape, objects);
     std::ofstream(path, std::ios::binary) << doc.text;
   }
-  const std::string label = std::string(kova::bench::ShapeName(shape)) + " " + std::to_string(objects);
+  const std::string label = std::string(kova::generator::ShapeName(shape)) + " " + std::to_string(objects);
   std::fflush(stdout);
   const pid_t child = fork();
   if (child == 0) {

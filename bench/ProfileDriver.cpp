@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "DocumentGenerator.h"
+#include "BenchDocuments.h"
 #include "StampAttributes.h"
 
 int main(int argc, char** argv) {
@@ -32,10 +32,10 @@ int main(int argc, char** argv) {
     return 2;
   }
   const char* op = argv[1];
-  const auto shape = std::atoi(argv[2]) == 0 ? kova::bench::Shape::OneReference : kova::bench::Shape::TenPerReference;
+  const kova::bench::Shape shape = kova::bench::ShapeNumbered(std::atoll(argv[2]));
   const auto objects = static_cast<std::size_t>(std::atol(argv[3]));
   const int runs = argc > 4 ? std::atoi(argv[4]) : 1;
-  const kova::bench::GeneratedDocument doc = kova::bench::GenerateDocument(shape, objects);
+  const kova::bench::GeneratedDocument doc = kova::bench::MakeBenchDocument(shape, objects);
   const ZANUnicodeString text = ZANUnicodeString::FromValidUTF8(doc.text);
   std::size_t sink = 0;
   if (std::strcmp(op, "read") == 0) {
@@ -54,7 +54,7 @@ int main(int argc, char** argv) {
     if (KOVAMappingParser::CompressMTWithPrefix(text, envelope) != S_OK) return 1;
     for (int i = 0; i < runs; ++i) {
       ZANUnicodeString copy = envelope;
-      if (!KOVAMappingParser::TryDecompressMT(copy)) return 1;
+      if (ZANFailed(KOVAMappingParser::TryDecompressMT(copy))) return 1;
       sink += copy.GetLengthInByte();
     }
   } else {

@@ -29,7 +29,7 @@
 #include <utility>
 #include <vector>
 
-#include "DocumentGenerator.h"
+#include "BenchDocuments.h"
 #include "PlainModel.h"
 
 namespace {
@@ -67,13 +67,6 @@ struct Fixture {
   int pass = 0;
 };
 
-const GeneratedDocument& Document(Shape shape, std::size_t objects) {
-  static std::map<std::pair<int, std::size_t>, std::unique_ptr<GeneratedDocument>> cache;
-  auto& slot = cache[{static_cast<int>(shape), objects}];
-  if (!slot) slot = std::make_unique<GeneratedDocument>(kova::bench::GenerateDocument(shape, objects));
-  return *slot;
-}
-
 std::vector<std::uint32_t> Shuffled(std::size_t count, std::uint32_t seed) {
   std::vector<std::uint32_t> order(count);
   for (std::size_t i = 0; i < count; ++i) order[i] = static_cast<std::uint32_t>(i);
@@ -83,7 +76,7 @@ std::vector<std::uint32_t> Shuffled(std::size_t count, std::uint32_t seed) {
 
 std::unique_ptr<Fixture> MakeFixture(Shape shape, std::size_t objects, bool plain, bool content) {
   auto f = std::make_unique<Fixture>();
-  const GeneratedDocument& doc = Document(shape, objects);
+  const GeneratedDocument& doc = kova::bench::CachedBenchDocument(shape, objects);
   if (KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString::FromValidUTF8(doc.text), ZANBaseUnknown(),
                                                  f->table) != S_OK) {
     return nullptr;
@@ -154,7 +147,7 @@ Fixture* FixtureFor(const benchmark::State& state, const char* name, bool plain,
   auto& slot = byThread[state.thread_index()];
   if (!slot.second || slot.first != key) {
     slot.second.reset();
-    slot.second = MakeFixture(state.range(0) == 0 ? Shape::OneReference : Shape::TenPerReference,
+    slot.second = MakeFixture(kova::bench::ShapeNumbered(state.range(0)),
                               static_cast<std::size_t>(state.range(1)), plain, content);
     slot.first = key;
   }
@@ -254,7 +247,7 @@ void LibraryListAndFind(benchmark::State& state) {
 
 void LibraryTwoTables(benchmark::State& state) {
   KOVA_FIXTURE(false, false);
-  static const std::unique_ptr<Fixture> small = MakeFixture(Shape::TenPerReference, 110, false, false);
+  static const std::unique_ptr<Fixture> small = MakeFixture(Shape::kTenPerReference, 110, false, false);
   KOVAMappingInstance found;
   KOVAMappingInstance other;
   std::size_t nextSmall = 0;
@@ -360,7 +353,7 @@ void PlainListAndFind(benchmark::State& state) {
 
 void PlainTwoTables(benchmark::State& state) {
   KOVA_FIXTURE(true, false);
-  static const std::unique_ptr<Fixture> small = MakeFixture(Shape::TenPerReference, 110, true, false);
+  static const std::unique_ptr<Fixture> small = MakeFixture(Shape::kTenPerReference, 110, true, false);
   std::size_t nextSmall = 0;
   int smallPass = 0;
   for (auto _ : state) {

@@ -153,7 +153,7 @@ int32_t kova_stamp_compute(const kova_attributes* attributes, char** stamp, size
     CallReasons reasons;
     ZANUnicodeString computed;
     const HRESULT status = KOVASynchroStampServices::ComputeKOVASynchroStamp(source.values, computed);
-    if (status < 0) {
+    if (ZANFailed(status)) {
       failure.Reasons(reasons.Reasons());
       failure.Explain(
           "no stamp computed; stamps are computed only when DONOTUSE_ENABLEKSSGEN was set when the library was "

@@ -23,7 +23,7 @@ int32_t kova_envelope_pack(const char* text, size_t length, char** out, size_t* 
     CallReasons reasons;
     ZANUnicodeString envelope;
     const HRESULT status = KOVAMappingParser::CompressMTWithPrefix(plain, envelope);
-    if (status < 0) {
+    if (ZANFailed(status)) {
       failure.Reasons(reasons.Reasons());
       failure.Explain("the text could not be compressed");
       return status;
@@ -39,7 +39,7 @@ int32_t kova_envelope_unpack(const char* text, size_t length, char** out, size_t
     ZANUnicodeString opened = TextIn(text, length, "text");
     CallReasons reasons;
     const HRESULT status = KOVAMappingParser::TryDecompressMT(opened);
-    if (status < 0) {
+    if (ZANFailed(status)) {
       failure.Reasons(reasons.Reasons());
       failure.Explain(status == KOVA_E_FAIL ? "the text holds no envelope prefix \"V<n>:<size>:\""
                                             : "the envelope does not open");

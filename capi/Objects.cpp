@@ -235,7 +235,7 @@ int32_t kova_reference_add_instance(kova_object* reference, kova_object* instanc
     kova_object& holder = RequiredKind(reference, "reference", KOVA_REFERENCE);
     kova_object& added = RequiredKind(instance, "instance", KOVA_INSTANCE);
     const HRESULT status = holder.Reference().AddInstance(added.Instance());
-    if (status < 0) failure.Explain("the reference already holds the same instance");
+    if (ZANFailed(status)) failure.Explain("the reference already holds the same instance");
     return status;
   });
 }
@@ -245,7 +245,7 @@ int32_t kova_reference_remove_instance(kova_object* reference, kova_object* inst
     kova_object& holder = RequiredKind(reference, "reference", KOVA_REFERENCE);
     kova_object& removed = RequiredKind(instance, "instance", KOVA_INSTANCE);
     const HRESULT status = holder.Reference().RemoveInstance(removed.Instance());
-    if (status < 0) failure.Explain("the reference holds no instance that is the same as this one");
+    if (ZANFailed(status)) failure.Explain("the reference holds no instance that is the same as this one");
     return status;
   });
 }

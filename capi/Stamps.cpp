@@ -78,7 +78,7 @@ int32_t kova_stamp_from_ce(const char* ce_stamp, size_t length, char** out, size
     CallReasons reasons;
     ZANUnicodeString stamp;
     const HRESULT status = KOVASynchroStampServices::GetKSSFromCES(std::move(ce), stamp);
-    if (status < 0) {
+    if (ZANFailed(status)) {
       failure.Reasons(reasons.Reasons());
       failure.Explain("the CE stamp could not be digested");
       return status;

@@ -32,7 +32,7 @@ int32_t Find(const char* function, kova_table* table, const char* id, size_t len
     ZANUnicodeString key = TextIn(id, length, "id");
     Handle found;
     const HRESULT status = (searched.table.*lookup)(std::move(key), found);
-    if (status < 0) {
+    if (ZANFailed(status)) {
       failure.Explain(notFound);
       return status;
     }
@@ -67,7 +67,7 @@ int32_t kova_table_read(kova_table* table, const char* text, size_t length) {
     CallReasons reasons;
     const HRESULT status =
         KOVAMappingParser::TranslateToMappingTable(std::move(document), ZANBaseUnknown(), target.table);
-    if (status < 0) {
+    if (ZANFailed(status)) {
       failure.Reasons(reasons.Reasons());
       failure.Explain("the document was refused");
     }
@@ -89,7 +89,7 @@ int32_t kova_table_write(kova_table* table, int compress, char** text, size_t* l
     const bool enveloped = !document.IsEmpty() && document.View().front() == 'V';
     if (compress == 0 && enveloped) {
       const HRESULT status = KOVAMappingParser::TryDecompressMT(document);
-      if (status < 0) {
+      if (ZANFailed(status)) {
         failure.Reasons(reasons.Reasons());
         failure.Explain("the written envelope did not open");
         return status;
@@ -97,7 +97,7 @@ int32_t kova_table_write(kova_table* table, int compress, char** text, size_t* l
     } else if (compress == 1 && !enveloped) {
       // As the writer does: when compression fails, the plain text is given.
       ZANUnicodeString envelope;
-      if (KOVAMappingParser::CompressMTWithPrefix(document, envelope) >= 0) document = std::move(envelope);
+      if (ZANSucceeded(KOVAMappingParser::CompressMTWithPrefix(document, envelope))) document = std::move(envelope);
     }
     TextOut(document.View(), text, length);
     return KOVA_S_OK;
@@ -135,7 +135,7 @@ int32_t kova_table_add_reference(kova_table* table, kova_object* reference) {
     kova_table& target = Required(table, "table");
     KOVAMappingReference added(RequiredKind(reference, "reference", KOVA_REFERENCE).Reference());
     const HRESULT status = target.table.AddReference(added);
-    if (status < 0) {
+    if (ZANFailed(status)) {
       failure.Explain(
           "the table has the same reference (equal kOVA ids, or else equal Plexo ids), or the reference is not local "
           "and the table has a root");
@@ -149,7 +149,7 @@ int32_t kova_table_remove_reference(kova_table* table, kova_object* reference) {
     kova_table& target = Required(table, "table");
     KOVAMappingReference removed(RequiredKind(reference, "reference", KOVA_REFERENCE).Reference());
     const HRESULT status = target.table.RemoveReference(removed);
-    if (status < 0) failure.Explain("the table has no reference that is the same as this one");
+    if (ZANFailed(status)) failure.Explain("the table has no reference that is the same as this one");
     return status;
   });
 }
@@ -160,7 +160,7 @@ int32_t kova_table_add_instance(kova_table* table, kova_object* instance, kova_o
     KOVAMappingInstance added(RequiredKind(instance, "instance", KOVA_INSTANCE).Instance());
     KOVAMappingReference holder(RequiredKind(reference, "reference", KOVA_REFERENCE).Reference());
     const HRESULT status = target.table.AddInstance(added, holder);
-    if (status < 0) {
+    if (ZANFailed(status)) {
       failure.Explain(
           "the table has no reference that is the same as this one, or that reference already holds the same instance");
     }
@@ -174,7 +174,7 @@ int32_t kova_table_remove_instance(kova_table* table, kova_object* instance, kov
     KOVAMappingInstance removed(RequiredKind(instance, "instance", KOVA_INSTANCE).Instance());
     KOVAMappingReference holder(RequiredKind(reference, "reference", KOVA_REFERENCE).Reference());
     const HRESULT status = target.table.RemoveInstance(removed, holder);
-    if (status < 0) {
+    if (ZANFailed(status)) {
       failure.Explain(
           "the table has no reference that is the same as this one, or that reference holds no instance that is the "
           "same as this one");
@@ -211,7 +211,7 @@ int32_t kova_table_root(kova_table* table, kova_object** out) {
     Required(out, "out");
     KOVAMappingReference root;
     const HRESULT status = searched.table.GetRootReference(root);
-    if (status < 0) {
+    if (ZANFailed(status)) {
       failure.Explain("the table has no root reference");
       return status;
     }

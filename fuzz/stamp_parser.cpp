@@ -25,20 +25,20 @@ void Parse(const ZANOmxJsonObject& object) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   ZANOmxJsonObject root;
-  if (root.LoadFromString(reinterpret_cast<const char*>(data), size) < 0) return 0;
+  if (ZANFailed(root.LoadFromString(reinterpret_cast<const char*>(data), size))) return 0;
   Parse(root);
   // One level down: members that are objects, and the objects of members that are arrays.
   std::vector<ZANUnicodeString> keys;
   root.GetKeys(keys);
   for (const ZANUnicodeString& key : keys) {
     ZANOmxJsonObject member;
-    if (root.GetJsonObject(ZANOmxKeyString(key), member) >= 0) Parse(member);
+    if (ZANSucceeded(root.GetJsonObject(ZANOmxKeyString(key), member))) Parse(member);
     ZANOmxJsonArray array;
-    if (root.GetJsonArray(ZANOmxKeyString(key), array) >= 0) {
+    if (ZANSucceeded(root.GetJsonArray(ZANOmxKeyString(key), array))) {
       const int length = array.Length();
       for (int i = 1; i <= length && i <= 64; ++i) {
         ZANOmxJsonObject element;
-        if (array.GetJsonObject(i, element) >= 0) Parse(element);
+        if (ZANSucceeded(array.GetJsonObject(i, element))) Parse(element);
       }
     }
   }

@@ -11,6 +11,8 @@ kova_env_test(kova_document_writer_tests SOURCES env/DocumentWriterSwitches_test
 kova_env_test(kova_reader_differential_tests SOURCES env/ReaderDifferential_test.cpp SET ActivateKOVALogger)
 kova_env_test(kova_reader_differential_tests SOURCES env/ReaderDifferential_test.cpp
               AS kova_reader_differential_tests.LogOff)
+target_link_libraries(kova_document_writer_tests PRIVATE KOVAMappingServices::generator)
+target_link_libraries(kova_reader_differential_tests PRIVATE KOVAMappingServices::generator)
 
 # Hostile documents: truncated, deeply nested, huge, ill-formed, lying envelopes.
 find_package(ZLIB REQUIRED)

@@ -4,7 +4,7 @@ if(KOVA_BUILD_TOOLS)
 
   kova_env_test(kova_tool_parts
     SOURCES ${KOVA_TOOL_TESTS}/ToolText_test.cpp ${KOVA_TOOL_TESTS}/ToolGenerator_test.cpp)
-  target_link_libraries(kova_tool_parts PRIVATE kova_mapping_tool)
+  target_link_libraries(kova_tool_parts PRIVATE kova_mapping_tool KOVAMappingServices::generator)
   kova_env_test(kova_tool_documents SOURCES ${KOVA_TOOL_TESTS}/ToolDocuments_test.cpp FILTER ToolDocumentsLogOff)
   target_link_libraries(kova_tool_documents PRIVATE kova_mapping_tool)
   kova_env_test(kova_tool_documents SOURCES ${KOVA_TOOL_TESTS}/ToolDocuments_test.cpp FILTER ToolDocumentsLogOn

@@ -4,6 +4,7 @@
 // built with ThreadSanitizer (tsan preset):
 //   ConcurrentFirstUse  "ActivateKOVALogger" and "DONOTUSE_ENABLEKSSGEN" set
 //   ConcurrentWork      "DONOTUSE_ENABLEKSSGEN" set, the logger off
+#include <KOVAGenerator/Table.h>
 #include <KOVAMappingServices/KOVALogCapture.h>
 #include <KOVAMappingServices/KOVALogger.h>
 #include <KOVAMappingServices/KOVAMappingParser.h>
@@ -22,7 +23,7 @@
 #include "tests/env/StampObjects.h"
 #include "tests/support/RunTogether.h"
 #include "tests/support/StdoutCapture.h"
-#include "tests/support/TableGenerator.h"
+#include "tests/support/TableContent.h"
 
 namespace {
 
@@ -64,8 +65,9 @@ int Work(int thread, int rounds) {
   int failures = 0;
   const ZANBaseUnknown owner(std::make_shared<ZANComponent>());
   for (int round = 0; round < rounds; ++round) {
-    kova::test::GeneratedTable generated =
-        kova::test::GenerateTable(static_cast<std::uint32_t>(1000 * thread + round), 6, 4);
+    const kova::generator::Options options =
+        kova::generator::HostileTable(static_cast<std::uint32_t>(1000 * thread + round), 6, 4);
+    kova::generator::GeneratedTable generated = kova::generator::BuildTable(options);
     const std::string content = kova::test::DescribeContent(generated.table);
 
     const ZANUnicodeString written = KOVAMappingParser::TranslateToString(generated.table);

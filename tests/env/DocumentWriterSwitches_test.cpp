@@ -1,4 +1,5 @@
 // The writer under the switches read at load: roll-back version and compression.
+#include <KOVAGenerator/Table.h>
 #include <KOVAMappingServices/KOVAMappingParser.h>
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
@@ -8,7 +9,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "tests/support/TableGenerator.h"
+#include "tests/support/TableContent.h"
 
 namespace {
 
@@ -57,7 +58,7 @@ TEST(WriterCompressed, WritesTheEnvelopeOfThePlainDocument) {
 TEST(WriterCompressed, GeneratedTablesRoundTripThroughTheEnvelope) {
   int objects = 0;
   for (std::uint32_t seed = 1000; seed < 1300; ++seed) {
-    kova::test::GeneratedTable generated = kova::test::GenerateTable(seed);
+    kova::generator::GeneratedTable generated = kova::generator::BuildTable(kova::generator::HostileTable(seed, 8, 6));
     const ZANUnicodeString envelope = KOVAMappingParser::TranslateToString(generated.table);
     ASSERT_EQ(envelope.View().substr(0, 4), "V12:") << "seed " << seed;
     KOVAMappingTable readBack;

@@ -120,14 +120,15 @@ inline std::string PayloadOf(const std::string& envelope) {
   return envelope.substr(second + 1);
 }
 
-// text without its first count code points (UTF-8).
+// text (valid UTF-8) without its first count code points, each as long as its lead byte says:
+// 0xxxxxxx one byte, 110xxxxx two, 1110xxxx three, 11110xxx four.
 inline std::string DropCodePoints(const std::string& text, std::size_t count) {
   std::size_t at = 0;
   for (std::size_t seen = 0; at < text.size() && seen < count; ++seen) {
-    ++at;
-    while (at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0u) == 0x80u) ++at;
+    const auto lead = static_cast<unsigned char>(text[at]);
+    at += lead < 0x80u ? 1 : lead < 0xE0u ? 2 : lead < 0xF0u ? 3 : 4;
   }
-  return text.substr(at);
+  return at < text.size() ? text.substr(at) : std::string();
 }
 
 // Log output as the library writes it: one "[PrdKOVALog]" line per message.

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/env/EnvelopeTestUtil.h"
 #include "tests/support/TestData.h"
 
 namespace {
@@ -90,32 +91,8 @@ const std::string kFull =
     R"("KOVASynchroStamp":"V2:abc","Instances":[{"kOVAId":"I1","PlexoId":"PI1","IsLocal":true,"RefId":"R1",)"
     R"("KOVASynchroStamp":"V1:def"}]}]})";
 
-std::string Base64(const std::string& bytes) {
-  static const char* const kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string out;
-  std::size_t i = 0;
-  for (; i + 2 < bytes.size(); i += 3) {
-    const unsigned v = (static_cast<unsigned char>(bytes[i]) << 16) | (static_cast<unsigned char>(bytes[i + 1]) << 8) |
-                       static_cast<unsigned char>(bytes[i + 2]);
-    for (int s = 18; s >= 0; s -= 6) out += kAlphabet[(v >> s) & 63];
-  }
-  if (i + 1 == bytes.size()) {
-    const unsigned v = static_cast<unsigned char>(bytes[i]) << 16;
-    out += kAlphabet[(v >> 18) & 63];
-    out += kAlphabet[(v >> 12) & 63];
-    out += "==";
-  } else if (i + 2 == bytes.size()) {
-    const unsigned v = (static_cast<unsigned char>(bytes[i]) << 16) | (static_cast<unsigned char>(bytes[i + 1]) << 8);
-    out += kAlphabet[(v >> 18) & 63];
-    out += kAlphabet[(v >> 12) & 63];
-    out += kAlphabet[(v >> 6) & 63];
-    out += '=';
-  }
-  return out;
-}
-
-// The base64 zlib stream of text, made with zlib itself at its default level.
-std::string Payload(const std::string& text) {
+// The zlib stream of text, made with zlib itself at its default level.
+std::string ZlibStream(const std::string& text) {
   uLongf length = compressBound(text.size());
   std::string compressed(length, '\0');
   if (compress(reinterpret_cast<Bytef*>(compressed.data()), &length, reinterpret_cast<const Bytef*>(text.data()),
@@ -123,11 +100,11 @@ std::string Payload(const std::string& text) {
     throw std::runtime_error("zlib compress failed");
   }
   compressed.resize(length);
-  return Base64(compressed);
+  return compressed;
 }
 
 std::string Envelope(const std::string& text, const std::string& declaredSize, const std::string& version = "12") {
-  return "V" + version + ":" + declaredSize + ":" + Payload(text);
+  return kova::test::MakeEnvelope(version, declaredSize, ZlibStream(text));
 }
 
 std::string Envelope(const std::string& text) { return Envelope(text, std::to_string(text.size())); }

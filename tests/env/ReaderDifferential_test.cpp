@@ -8,6 +8,7 @@
 // Texts: every file of tests/data/documents, documents written from generated tables in every
 // version from 6 to 13, and thousands of mutations of them (keys deleted, values retyped or
 // emptied, keys duplicated, versions changed, CE stamps added).
+#include <KOVAGenerator/Table.h>
 #include <KOVAMappingServices/KOVALogger.h>
 #include <KOVAMappingServices/KOVAMappingParser.h>
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
@@ -24,7 +25,7 @@
 
 #include "tests/support/PlainReader.h"
 #include "tests/support/StdoutCapture.h"
-#include "tests/support/TableGenerator.h"
+#include "tests/support/TableContent.h"
 #include "tests/support/TestData.h"
 
 namespace {
@@ -93,10 +94,11 @@ HRESULT ExpectSameReading(const std::string& text, const std::string& what, bool
 
 // A document written from a generated table, with "version" set to version.
 std::string GeneratedDocument(std::uint32_t seed, int maxReferences, int maxInstances, int version) {
-  kova::test::GeneratedTable generated = kova::test::GenerateTable(seed, maxReferences, maxInstances);
+  kova::generator::GeneratedTable generated =
+      kova::generator::BuildTable(kova::generator::HostileTable(seed, maxReferences, maxInstances));
   std::string text = KOVAMappingParser::TranslateToString(generated.table).ConvertToChar();
   ZANOmxJsonObject root;
-  if (root.LoadFromString(ZANUnicodeString::FromValidUTF8(text)) < 0) return text;
+  if (ZANFailed(root.LoadFromString(ZANUnicodeString::FromValidUTF8(text)))) return text;
   root.PutInteger("version", version);
   return root.ToString().ConvertToChar();
 }

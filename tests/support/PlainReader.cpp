@@ -16,7 +16,7 @@ namespace kova::test::plain {
 
 namespace {
 
-using Statuses = std::map<ZANUnicodeString, std::int32_t>;
+using Statuses = std::map<ZANUnicodeString, HRESULT>;  // each mandatory key's getter status
 
 void LogFailure(const char* message) {
   if (KOVALogger::IsActive()) KOVALogger::log(message, "");
@@ -25,7 +25,7 @@ void LogFailure(const char* message) {
 bool GotAll(const Statuses& statuses) {
   bool all = true;
   for (const auto& [key, status] : statuses) {
-    if (status < 0) {
+    if (ZANFailed(status)) {
       if (KOVALogger::IsActive()) KOVALogger::log(key, "UNVALUATED MANDATORY FIELD");
       all = false;
     }
@@ -60,11 +60,11 @@ void ReadMandatory(const ZANOmxJsonObject& object, bool isInstance, StampKey sta
 HRESULT ReadInstances(const ZANOmxJsonObject& object, KOVAMappingReference& reference, StampKey stampKey) {
   ZANOmxJsonArray instances;
   HRESULT status = object.GetJsonArray("Instances", instances);
-  if (status < 0) return status;
+  if (ZANFailed(status)) return status;
   for (int i = 1; i <= instances.Length(); ++i) {
     ZANOmxJsonObject element;
     status = instances.GetJsonObject(i, element);
-    if (status < 0) return status;
+    if (ZANFailed(status)) return status;
     Fields fields;
     Statuses statuses;
     ReadMandatory(element, true, stampKey, fields, statuses);
@@ -75,7 +75,7 @@ HRESULT ReadInstances(const ZANOmxJsonObject& object, KOVAMappingReference& refe
     const ZANUnicodeString customData = element.OptString("CustomData", "null");
     KOVAMappingInstance instance(fields.kovaId, fields.plexoId, stamp, fields.refId, customData, fields.isLocal);
     KOVAPrivateAccess::GetPrivate(instance)->SetKSSVersion(stampVersion);
-    if (reference.AddInstance(instance) < 0) return E_FAIL;
+    if (ZANFailed(reference.AddInstance(instance))) return E_FAIL;
   }
   return S_OK;
 }
@@ -85,11 +85,11 @@ HRESULT ReadReferences(const ZANOmxJsonObject& root, KOVAMappingTable& table, St
   if (!root.Has("References")) return E_FAIL;
   ZANOmxJsonArray references;
   HRESULT status = root.GetJsonArray("References", references);
-  if (status < 0) return status;
+  if (ZANFailed(status)) return status;
   for (int i = 1; i <= references.Length(); ++i) {
     ZANOmxJsonObject element;
     status = references.GetJsonObject(i, element);
-    if (status < 0) return status;
+    if (ZANFailed(status)) return status;
     Fields fields;
     Statuses statuses;
     ReadMandatory(element, false, stampKey, fields, statuses);
@@ -102,12 +102,12 @@ HRESULT ReadReferences(const ZANOmxJsonObject& root, KOVAMappingTable& table, St
     KOVAPrivateAccess::GetPrivate(reference)->SetKSSVersion(stampVersion);
     if (element.Has("Instances")) {
       status = ReadInstances(element, reference, instanceStampKey);
-      if (status < 0) {
+      if (ZANFailed(status)) {
         if (logInstanceFailure) LogFailure("PROBLEM PARSING INSTANCES");
         return status;
       }
     }
-    if (table.AddReference(reference) < 0) return E_FAIL;
+    if (ZANFailed(table.AddReference(reference))) return E_FAIL;
   }
   return S_OK;
 }
@@ -115,14 +115,14 @@ HRESULT ReadReferences(const ZANOmxJsonObject& root, KOVAMappingTable& table, St
 HRESULT ReadV6(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
   if (!root.Has("References")) return E_FAIL;
   ZANOmxJsonObject references;
-  if (root.GetJsonObject("References", references) < 0) return E_FAIL;
+  if (ZANFailed(root.GetJsonObject("References", references))) return E_FAIL;
   std::vector<ZANUnicodeString> names;
   references.GetKeys(names);
   if (names.size() > 1) return E_FAIL;
   if (names.empty()) return S_OK;
   const ZANUnicodeString& kovaId = names.front();
   ZANOmxJsonObject element;
-  if (references.GetJsonObject(kovaId, element) < 0) return E_FAIL;
+  if (ZANFailed(references.GetJsonObject(kovaId, element))) return E_FAIL;
   ZANUnicodeString plexoId;
   Statuses statuses;
   statuses[ZANUnicodeString("PlexoId")] = element.GetString("PlexoId", plexoId);
@@ -135,12 +135,12 @@ HRESULT ReadV6(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
   KOVAPrivateAccess::GetPrivate(reference)->SetKSSVersion(stampVersion);
   if (root.Has("RefInstances")) {
     ZANOmxJsonObject instances;
-    if (root.GetJsonObject("RefInstances", instances) < 0) return E_FAIL;
+    if (ZANFailed(root.GetJsonObject("RefInstances", instances))) return E_FAIL;
     std::vector<ZANUnicodeString> instanceNames;
     instances.GetKeys(instanceNames);
     for (const ZANUnicodeString& instanceId : instanceNames) {
       ZANOmxJsonObject instanceElement;
-      if (instances.GetJsonObject(instanceId, instanceElement) < 0) return E_FAIL;
+      if (ZANFailed(instances.GetJsonObject(instanceId, instanceElement))) return E_FAIL;
       ZANUnicodeString instancePlexoId;
       ZANUnicodeString refId;
       Statuses instanceStatuses;
@@ -153,10 +153,10 @@ HRESULT ReadV6(const ZANOmxJsonObject& root, KOVAMappingTable& table) {
       if (instanceVersion < 0) return E_FAIL;
       KOVAMappingInstance instance(instanceId, instancePlexoId, instanceStamp, refId, "", false);
       KOVAPrivateAccess::GetPrivate(instance)->SetKSSVersion(instanceVersion);
-      if (reference.AddInstance(instance) < 0) return E_FAIL;
+      if (ZANFailed(reference.AddInstance(instance))) return E_FAIL;
     }
   }
-  if (table.AddReference(reference) < 0) return E_FAIL;
+  if (ZANFailed(table.AddReference(reference))) return E_FAIL;
   return S_OK;
 }
 
@@ -166,7 +166,7 @@ HRESULT Read(ZANUnicodeString text, const ZANBaseUnknown& owner, KOVAMappingTabl
   KOVAMappingParser::TryDecompressMT(text);
   ZANOmxJsonObject root;
   const HRESULT loaded = root.LoadFromString(text);
-  if (loaded < 0) return loaded;
+  if (ZANFailed(loaded)) return loaded;
   if (root.IsEmpty() || !root.IsValidJsonObject()) {
     LogFailure("KOVA JSON EMPTY OR INVALID");
     return E_FAIL;
@@ -175,7 +175,7 @@ HRESULT Read(ZANUnicodeString text, const ZANBaseUnknown& owner, KOVAMappingTabl
   if (KOVALogger::IsActive()) KOVALogger::log(root.PrettyPrint(), "Input Mapping Table JSON String");
   int version = -1;
   const HRESULT read = root.GetInteger("version", version);
-  if (read < 0) {
+  if (ZANFailed(read)) {
     LogFailure("CANNOT READ VERSION ON KOVA JSON");
     return read;
   }

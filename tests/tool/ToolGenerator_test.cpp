@@ -8,7 +8,7 @@
 #include <string>
 #include <tuple>
 
-#include "Generator.h"
+#include "GenerateCommand.h"
 #include "Status.h"
 
 namespace kova::tool {

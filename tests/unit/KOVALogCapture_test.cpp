@@ -51,7 +51,7 @@ const char kReadable[] =
 // The envelope of text, made with the library's own writer of envelopes.
 std::string Envelope(const std::string& text) {
   ZANUnicodeString envelope;
-  EXPECT_GE(KOVAMappingParser::CompressMTWithPrefix(ZANUnicodeString(text), envelope), 0);
+  EXPECT_TRUE(ZANSucceeded(KOVAMappingParser::CompressMTWithPrefix(ZANUnicodeString(text), envelope)));
   return envelope.ConvertToChar();
 }
 

@@ -1,4 +1,5 @@
 // Tables written as documents and read back keep every field of every object, in order.
+#include <KOVAGenerator/Table.h>
 #include <KOVAMappingServices/KOVAMappingParser.h>
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
@@ -7,7 +8,7 @@
 
 #include <string>
 
-#include "tests/support/TableGenerator.h"
+#include "tests/support/TableContent.h"
 
 namespace {
 
@@ -15,7 +16,7 @@ TEST(RoundTrip, HundredsOfGeneratedTablesReadBackUnchanged) {
   int objects = 0;
   int refused = 0;
   for (std::uint32_t seed = 1; seed <= 400; ++seed) {
-    kova::test::GeneratedTable generated = kova::test::GenerateTable(seed);
+    kova::generator::GeneratedTable generated = kova::generator::BuildTable(kova::generator::HostileTable(seed, 8, 6));
     refused += generated.refusedReferences + generated.refusedInstances;
     const ZANUnicodeString document = KOVAMappingParser::TranslateToString(generated.table);
     KOVAMappingTable readBack;

@@ -1,13 +1,13 @@
 // With the log off, documents are written straight to text instead of through a JSON tree. These
-// tests build the tree as the writer always built it, with the public JSON objects, and compare its
-// text byte for byte with what the writer gives: data documents, generated tables, and the cases
-// that decide what is left out or escaped.
-#include <KOVAMappingServices/KOVAKSSVersioning.h>
+// tests compare what the writer gives, byte for byte, with the document text worked out here from
+// the format alone (no JSON objects, none of the library's stamp functions): data documents,
+// generated tables, and the cases that decide what is left out or escaped.
+#include <KOVAGenerator/DocumentText.h>
+#include <KOVAGenerator/Table.h>
 #include <KOVAMappingServices/KOVALogger.h>
 #include <KOVAMappingServices/KOVAMappingParser.h>
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
-#include <KOVAMappingServices/ZANOmxJson.h>
 
 #include <gtest/gtest.h>
 
@@ -15,68 +15,92 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
-#include "tests/support/TableGenerator.h"
 #include "tests/support/TestData.h"
 
 namespace {
 
-// --- The tree-based document, as the writer builds it when the log is on ---------------------
+// --- The document as the format describes it -------------------------------------------------
+// Compact JSON: {"version":N,"References":[...]}. A reference's members in the writer's order:
+// CustomData (left out when it is "null"), IsLocal, PlexoId, kOVAId, KOVASynchroStamp
+// ("V" + version + ":" + stamp, left out when the stamp is empty), Instances (left out when there
+// are none); an instance's: kOVAId, PlexoId, IsLocal, RefId, CustomData, KOVASynchroStamp. Strings
+// are escaped as the JSON writer escapes them (the generator's AppendJsonEscaped, which the tool's
+// tests hold against the JSON writer).
 
-const ZANUnicodeString kNull("null");
+using Members = std::vector<std::pair<std::string, std::string>>;
 
-void PutCustomData(ZANOmxJsonObject& object, const KOVAMappingPrivateObject& data) {
-  ZANUnicodeString customData = data.GetCustomData();
-  if (!(customData == kNull)) object.PutString("CustomData", customData);
+std::string Quoted(std::string_view text) {
+  std::string out = "\"";
+  kova::generator::AppendJsonEscaped(out, text);
+  return out + "\"";
 }
 
-void PutStamp(ZANOmxJsonObject& object, const KOVAMappingPrivateObject& data) {
-  const ZANUnicodeString stamp = data.GetKSStamp();
-  if (!stamp.IsEmpty()) {
-    object.PutString("KOVASynchroStamp", KOVAKSSVersioning::ComputeKSSWithVersion(stamp, data.GetKSSVersion()));
+std::string Boolean(bool value) { return value ? "true" : "false"; }
+
+std::string Array(const std::vector<std::string>& elements) {
+  std::string out = "[";
+  for (const std::string& element : elements) out += (out.size() > 1 ? "," : "") + element;
+  return out + "]";
+}
+
+std::string Object(const Members& members) {
+  std::string out = "{";
+  for (const auto& [key, value] : members) out += (out.size() > 1 ? "," : "") + Quoted(key) + ":" + value;
+  return out + "}";
+}
+
+void AddCustomData(Members& members, const KOVAMappingPrivateObject& data) {
+  if (data.GetCustomData().View() != "null") members.emplace_back("CustomData", Quoted(data.GetCustomData().View()));
+}
+
+void AddStamp(Members& members, const KOVAMappingPrivateObject& data) {
+  const std::string stamp = data.GetKSStamp().ConvertToChar();
+  if (!stamp.empty()) {
+    members.emplace_back("KOVASynchroStamp", Quoted("V" + std::to_string(data.GetKSSVersion()) + ":" + stamp));
   }
 }
 
-ZANOmxJsonObject InstanceObject(const KOVAMappingInstance& instance) {
+std::string InstanceText(const KOVAMappingInstance& instance) {
   const auto data = KOVAPrivateAccess::GetPrivate(instance);
-  ZANOmxJsonObject object;
-  object.PutString("kOVAId", data->GetKOVAID());
-  object.PutString("PlexoId", data->GetPlexoID());
-  object.PutBoolean("IsLocal", data->GetIsLocal());
-  object.PutString("RefId", data->GetRefID());
-  PutCustomData(object, *data);
-  PutStamp(object, *data);
-  return object;
+  Members members = {{"kOVAId", Quoted(data->GetKOVAID().View())},
+                     {"PlexoId", Quoted(data->GetPlexoID().View())},
+                     {"IsLocal", Boolean(data->GetIsLocal())},
+                     {"RefId", Quoted(data->GetRefID().View())}};
+  AddCustomData(members, *data);
+  AddStamp(members, *data);
+  return Object(members);
 }
 
-ZANOmxJsonObject ReferenceObject(KOVAMappingReference& reference) {
+std::string ReferenceText(KOVAMappingReference& reference) {
   const auto data = KOVAPrivateAccess::GetPrivate(reference);
-  ZANOmxJsonObject object;
-  PutCustomData(object, *data);
-  object.PutBoolean("IsLocal", data->GetIsLocal());
-  object.PutString("PlexoId", data->GetPlexoID());
-  object.PutString("kOVAId", data->GetKOVAID());
-  PutStamp(object, *data);
-  ZANOmxJsonArray instances;
-  for (const KOVAMappingInstance& instance : reference.GetInstances()) instances.PutJsonObject(InstanceObject(instance));
-  if (instances.Length() > 0) object.PutJsonArray("Instances", instances);
-  return object;
+  Members members;
+  AddCustomData(members, *data);
+  members.emplace_back("IsLocal", Boolean(data->GetIsLocal()));
+  members.emplace_back("PlexoId", Quoted(data->GetPlexoID().View()));
+  members.emplace_back("kOVAId", Quoted(data->GetKOVAID().View()));
+  AddStamp(members, *data);
+  std::vector<std::string> instances;
+  for (const KOVAMappingInstance& instance : reference.GetInstances()) instances.push_back(InstanceText(instance));
+  if (!instances.empty()) members.emplace_back("Instances", Array(instances));
+  return Object(members);
 }
 
-std::string TreeText(KOVAMappingTable& table) {
-  ZANOmxJsonObject root;
-  root.PutInteger("version", KOVAMappingPrivateTable::GetCurrentVersion());
-  ZANOmxJsonArray references;
-  for (KOVAMappingReference& reference : table.GetReferences()) references.PutJsonObject(ReferenceObject(reference));
-  root.PutJsonArray("References", references);
-  return root.ToString().ConvertToChar();
+std::string ExpectedText(KOVAMappingTable& table) {
+  std::vector<std::string> references;
+  for (KOVAMappingReference& reference : table.GetReferences()) references.push_back(ReferenceText(reference));
+  return Object({{"version", std::to_string(KOVAMappingPrivateTable::GetCurrentVersion())},
+                 {"References", Array(references)}});
 }
 
 std::string Written(KOVAMappingTable& table) { return KOVAMappingParser::TranslateToString(table).ConvertToChar(); }
 
 TEST(StreamedWriter, LogIsOffInTheseTests) { ASSERT_FALSE(KOVALogger::IsActive()); }
 
-TEST(StreamedWriter, EveryDataDocumentIsWrittenAsTheTreeWritesIt) {
+TEST(StreamedWriter, EveryDataDocumentIsWrittenAsTheFormatSays) {
   int written = 0;
   int filled = 0;
   for (const auto& entry : std::filesystem::directory_iterator(kova::test::DataPath("documents"))) {
@@ -85,7 +109,7 @@ TEST(StreamedWriter, EveryDataDocumentIsWrittenAsTheTreeWritesIt) {
     KOVAMappingTable table;
     const HRESULT status = KOVAMappingParser::TranslateToMappingTable(
         ZANUnicodeString(kova::test::ReadDataFile(name)), ZANBaseUnknown(), table);
-    EXPECT_EQ(Written(table), TreeText(table)) << name;
+    EXPECT_EQ(Written(table), ExpectedText(table)) << name;
     ++written;
     if (status == S_OK && !table.GetReferences().empty()) ++filled;
   }
@@ -93,19 +117,19 @@ TEST(StreamedWriter, EveryDataDocumentIsWrittenAsTheTreeWritesIt) {
   EXPECT_GE(filled, 5);
 }
 
-TEST(StreamedWriter, GeneratedTablesAreWrittenAsTheTreeWritesThem) {
+TEST(StreamedWriter, GeneratedTablesAreWrittenAsTheFormatSays) {
   std::size_t objects = 0;
   for (std::uint32_t seed = 1; seed <= 3000; ++seed) {
-    kova::test::GeneratedTable generated = kova::test::GenerateTable(seed, 1 + static_cast<int>(seed % 8),
-                                                                     static_cast<int>(seed % 7));
-    const std::string tree = TreeText(generated.table);
-    ASSERT_EQ(Written(generated.table), tree) << "seed " << seed;
-    objects += tree.size();
+    kova::generator::GeneratedTable generated =
+        kova::generator::BuildTable(kova::generator::HostileTable(seed, 1 + seed % 8, seed % 7));
+    const std::string expected = ExpectedText(generated.table);
+    ASSERT_EQ(Written(generated.table), expected) << "seed " << seed;
+    objects += expected.size();
   }
   EXPECT_GT(objects, 1000000u);  // the comparison covered full tables, not empty ones
 }
 
-TEST(StreamedWriter, LeftOutAndEscapedFieldsAreAsInTheTree) {
+TEST(StreamedWriter, LeftOutAndEscapedFieldsAreAsTheFormatSays) {
   KOVAMappingTable table;
   const std::string nul("a\0b", 3);
   KOVAMappingReference root("R\"1\\", ZANUnicodeString(std::string("P\x01\n\t/") + nul), "", "null", false);
@@ -119,16 +143,16 @@ TEST(StreamedWriter, LeftOutAndEscapedFieldsAreAsInTheTree) {
   KOVAMappingReference other("R3", "P5", "ST", "\xE2\x80\xA8 line separator", true);
   ASSERT_EQ(table.AddReference(other), S_OK);
   ASSERT_EQ(other.AddInstance(KOVAMappingInstance("I9", "P9", "V0:", "R3", "null", true)), S_OK);
-  const std::string tree = TreeText(table);
-  EXPECT_EQ(Written(table), tree);
+  const std::string expected = ExpectedText(table);
+  EXPECT_EQ(Written(table), expected);
   // The cases are in the text: escapes, a NUL, raw non-ASCII, an empty custom data.
-  EXPECT_NE(tree.find("\\u0000"), std::string::npos);
-  EXPECT_NE(tree.find("\\\"1\\\\"), std::string::npos);
-  EXPECT_NE(tree.find("\xF0\x9F\x99\x82"), std::string::npos);
-  EXPECT_NE(tree.find("\"CustomData\":\"\""), std::string::npos);
+  EXPECT_NE(expected.find("\\u0000"), std::string::npos);
+  EXPECT_NE(expected.find("\\\"1\\\\"), std::string::npos);
+  EXPECT_NE(expected.find("\xF0\x9F\x99\x82"), std::string::npos);
+  EXPECT_NE(expected.find("\"CustomData\":\"\""), std::string::npos);
 }
 
-TEST(StreamedWriter, StampsOfAnyLengthAndVersionAreAsInTheTree) {
+TEST(StreamedWriter, StampsOfAnyLengthAndVersionAreAsTheFormatSays) {
   KOVAMappingTable table;
   KOVAMappingReference root("R", "P", "", "null", false);
   ASSERT_EQ(table.AddReference(root), S_OK);
@@ -144,14 +168,14 @@ TEST(StreamedWriter, StampsOfAnyLengthAndVersionAreAsInTheTree) {
       ++n;
     }
   }
-  const std::string tree = TreeText(table);
-  EXPECT_EQ(Written(table), tree);
-  EXPECT_NE(tree.find("\"V-2147483648:" + std::string(500, 's') + "\""), std::string::npos);
+  const std::string expected = ExpectedText(table);
+  EXPECT_EQ(Written(table), expected);
+  EXPECT_NE(expected.find("\"V-2147483648:" + std::string(500, 's') + "\""), std::string::npos);
 }
 
 TEST(StreamedWriter, EmptyTable) {
   KOVAMappingTable table;
-  EXPECT_EQ(Written(table), TreeText(table));
+  EXPECT_EQ(Written(table), ExpectedText(table));
 }
 
 }  // namespace

@@ -73,7 +73,9 @@ ZANIKnwParm_var ConvertNumber(const Slot& slot, const std::string& where) {
     return ZANKnwBuilder::MakeRealParm(value);
   }
   int value = 0;
-  if (slot.Get(value) < 0) throw ToolError(where + ": integer " + std::string(token.View()) + " does not fit 32 bits");
+  if (ZANFailed(slot.Get(value))) {
+    throw ToolError(where + ": integer " + std::string(token.View()) + " does not fit 32 bits");
+  }
   return ZANKnwBuilder::MakeIntegerParm(value);
 }
 
@@ -105,7 +107,7 @@ ZANIKnwParm_var ConvertObject(const Slot& slot, const std::string& where) {
   if (key == "enum") {
     if (!isNumber || !IsIntegerToken(token)) throw ToolError(where + ": \"enum\" must be an integer");
     int value = 0;
-    if (object.GetInteger("enum", value) < 0) {
+    if (ZANFailed(object.GetInteger("enum", value))) {
       throw ToolError(where + ": enumeration value " + std::string(token.View()) + " does not fit 32 bits");
     }
     return ZANKnwBuilder::MakeEnumParm(value);
@@ -162,7 +164,9 @@ ZANIKnwParm_var Convert(const Slot& slot, const std::string& where) {
 AttributeMap ReadAttributes(const std::string& text, const std::string& name) {
   ZANOmxJsonObject root;
   const HRESULT loaded = root.LoadFromString(ZANUnicodeString(text));
-  if (loaded < 0) throw ToolError(name + ": not JSON (error " + FormatStatus(loaded) + ": " + StatusMeaning(loaded) + ")");
+  if (ZANFailed(loaded)) {
+    throw ToolError(name + ": not JSON (error " + FormatStatus(loaded) + ": " + StatusMeaning(loaded) + ")");
+  }
   if (!root.IsValidJsonObject()) throw ToolError(name + ": not a JSON object of attribute names and values");
   std::vector<ZANUnicodeString> keys;
   root.GetKeys(keys);

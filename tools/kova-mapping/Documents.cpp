@@ -60,7 +60,7 @@ ZANUnicodeString PackText(const ZANUnicodeString& text, const std::string& name)
     status = KOVAMappingParser::CompressMTWithPrefix(text, envelope);
     messages = capture.Reasons();
   }
-  if (status < 0) {
+  if (ZANFailed(status)) {
     throw ToolError(name + ": cannot pack: error " + FormatStatus(status) + ": " + StatusMeaning(status));
   }
   for (const std::string& message : messages) {
@@ -79,7 +79,7 @@ ZANUnicodeString UnpackText(const ZANUnicodeString& text, const std::string& nam
   } catch (const std::invalid_argument& error) {
     throw ToolError(name + ": cannot unpack: " + DescribeLibraryException(error));
   }
-  if (status >= 0) return opened;
+  if (ZANSucceeded(status)) return opened;
   std::string reason;
   if (status == E_FAIL) {
     // The prefix is removed before its size is looked at: a text that changed had an envelope
@@ -99,7 +99,7 @@ std::int32_t RecordedVersion(KOVAMappingTable& table) { return KOVAPrivateAccess
 
 std::optional<std::string> RootId(KOVAMappingTable& table) {
   KOVAMappingReference root;
-  if (table.GetRootReference(root) < 0) return std::nullopt;
+  if (ZANFailed(table.GetRootReference(root))) return std::nullopt;
   return root.GetKOVAID().ConvertToChar();
 }
 

@@ -19,7 +19,7 @@ struct DocumentRead {
   std::vector<std::string> messages;  // the failure messages the library logged
   std::string exception;              // set when a library exception stopped the read
 
-  bool Ok() const { return exception.empty() && status >= 0; }
+  bool Ok() const { return exception.empty() && ZANSucceeded(status); }
   // "error 0x80004005: MESSAGE; MESSAGE", the status's meaning standing in for messages when none
   // was logged, or "error: REASON" when an exception stopped the read.
   std::string ErrorText() const;

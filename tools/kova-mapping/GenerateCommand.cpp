@@ -1,12 +1,35 @@
 // generate: a synthetic document for tests, benchmarks and load tests.
+#include "GenerateCommand.h"
+
 #include <KOVAMappingServices/KOVAMappingPrivateTable.h>
 
 #include "Commands.h"
 #include "Documents.h"
-#include "Generator.h"
 #include "Io.h"
+#include "Status.h"
 
 namespace kova::tool {
+
+namespace {
+
+ToolError InTheCommandsWords(const generator::BadOptions& error) {
+  return ToolError("--" + error.option() + ": " + error.what());
+}
+
+}  // namespace
+
+DocumentGenerator::DocumentGenerator(const GeneratorOptions& options) try : generator::Generator(options) {
+} catch (const generator::BadOptions& error) {
+  throw InTheCommandsWords(error);
+}
+
+void WriteGeneratedDocument(const GeneratorOptions& options, const generator::Sink& sink) {
+  try {
+    generator::WriteDocument(options, sink);
+  } catch (const generator::BadOptions& error) {
+    throw InTheCommandsWords(error);
+  }
+}
 
 int RunGenerate(const GenerateOptions& options) {
   GeneratorOptions generator;

@@ -62,7 +62,7 @@ int RunStamp(const StampOptions& options) {
       if (line.context == kStampContext) stampText = line.message;
     }
   }
-  if (status < 0) {
+  if (ZANFailed(status)) {
     throw ToolError(options.file + ": stamp not computed: error " + FormatStatus(status) + ": " +
                     (status == E_FAIL ? std::string("refused by the stamp service") : StatusMeaning(status)));
   }
@@ -85,7 +85,7 @@ int RunCes(const CesOptions& options) {
   ZANUnicodeString stamp;
   HRESULT status = S_OK;
   status = KOVASynchroStampServices::GetKSSFromCES(ZANUnicodeString(options.ceStamp), stamp);
-  if (status < 0) {
+  if (ZANFailed(status)) {
     throw ToolError("stamp not derived: error " + FormatStatus(status) + ": " + StatusMeaning(status));
   }
   out.Write(std::string(stamp.View()) + "\n");

@@ -25,7 +25,7 @@ std::string StatusMeaning(HRESULT status) {
     case ZANZ_E_OUTOFMEMORY: return "out of memory";
     case ZANZ_E_INSUFFICIENTBUFFER: return "insufficient buffer";
     case ZANZ_E_BADDATA: return "bad compressed data";
-    default: return status >= 0 ? "success" : "unknown status";
+    default: return ZANSucceeded(status) ? "success" : "unknown status";
   }
 }
 

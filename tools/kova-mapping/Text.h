@@ -12,15 +12,12 @@ namespace kova::tool {
 
 // The byte offset of the first byte that does not belong to a well-formed UTF-8 sequence
 // (overlong forms, surrogates and code points above U+10FFFF are ill-formed), or nothing when the
-// whole text is valid UTF-8.
+// whole text is valid UTF-8. The library's ZANUnicodeString decides what is well-formed.
 std::optional<std::size_t> FindInvalidUtf8(std::string_view text);
 
-// Appends text as the body of a JSON string (without the quotes), escaping exactly what the
-// library's JSON writer escapes: quote, backslash and the characters below U+0020 (\b \t \n \f \r,
-// the others as \u00XX with upper-case digits).
-void AppendJsonEscaped(std::string& out, std::string_view text);
-
-// text as a quoted JSON string literal.
+// text as a quoted JSON string literal, escaped exactly as the library's JSON writer escapes:
+// quote, backslash and the characters below U+0020 (\b \t \n \f \r, the others as \u00XX with
+// upper-case digits).
 std::string JsonQuoted(std::string_view text);
 
 // A value on a one-line listing: the text itself when it is not empty and holds no blank, quote,
