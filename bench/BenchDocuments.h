@@ -18,9 +18,7 @@ using generator::Shape;
 
 // The shape a benchmark argument or a command line numbers: 0 one reference, otherwise ten
 // instances per reference.
-inline Shape ShapeNumbered(long long number) {
-  return number == 0 ? Shape::kOneReference : Shape::kTenPerReference;
-}
+inline Shape ShapeNumbered(long long number) { return number == 0 ? Shape::kOneReference : Shape::kTenPerReference; }
 
 // About `objects` objects (references and instances) in shape; the same seed gives the same text.
 inline GeneratedDocument MakeBenchDocument(Shape shape, std::size_t objects, std::uint32_t seed = 12345) {

@@ -29,8 +29,9 @@ const GeneratedDocument& Document(std::size_t objects) {
 
 void SetCounters(benchmark::State& state, const GeneratedDocument& doc) {
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * doc.text.size()));
-  state.counters["ns_per_object"] = benchmark::Counter(
-      static_cast<double>(doc.objects) * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  state.counters["ns_per_object"] =
+      benchmark::Counter(static_cast<double>(doc.objects) * 1e-9,
+                         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 // How a document is read or written: the C++ calls alone, with a capture alive on the thread, or

@@ -35,8 +35,9 @@ void SetObjectCounters(benchmark::State& state, const GeneratedDocument& doc) {
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * doc.objects));
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * doc.text.size()));
   state.counters["objects"] = static_cast<double>(doc.objects);
-  state.counters["ns_per_object"] = benchmark::Counter(
-      static_cast<double>(doc.objects) * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  state.counters["ns_per_object"] =
+      benchmark::Counter(static_cast<double>(doc.objects) * 1e-9,
+                         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 // --- Goal 1: reading and writing against simdjson ---------------------------------------------
@@ -122,13 +123,18 @@ void BM_Insert(benchmark::State& state) {
     std::size_t next = 0;
     for (std::size_t r = 0; r < refCount; ++r) {
       if (table.AddReference(references[r]) != S_OK) state.SkipWithError("AddReference failed");
-      const std::size_t count = shape == Shape::kOneReference ? instances.size() : std::min<std::size_t>(10, instances.size() - next);
+      const std::size_t count =
+          shape == Shape::kOneReference ? instances.size() : std::min<std::size_t>(10, instances.size() - next);
       for (std::size_t i = 0; i < count; ++i) {
         if (table.AddInstance(instances[next++], references[r]) != S_OK) state.SkipWithError("AddInstance failed");
       }
     }
     state.PauseTiming();
-    { KOVAMappingTable gone = std::move(table); references.clear(); instances.clear(); }
+    {
+      KOVAMappingTable gone = std::move(table);
+      references.clear();
+      instances.clear();
+    }
     state.ResumeTiming();
   }
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * objects));

@@ -128,7 +128,8 @@ class PlainTable {
     plain.local = object.GetIsLocal();
   }
   template <class T>
-  static std::shared_ptr<T> Find(const std::unordered_map<std::string, std::shared_ptr<T>>& map, const std::string& id) {
+  static std::shared_ptr<T> Find(const std::unordered_map<std::string, std::shared_ptr<T>>& map,
+                                 const std::string& id) {
     const auto found = map.find(id);
     return found == map.end() ? nullptr : found->second;
   }

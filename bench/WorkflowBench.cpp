@@ -147,8 +147,8 @@ Fixture* FixtureFor(const benchmark::State& state, const char* name, bool plain,
   auto& slot = byThread[state.thread_index()];
   if (!slot.second || slot.first != key) {
     slot.second.reset();
-    slot.second = MakeFixture(kova::bench::ShapeNumbered(state.range(0)),
-                              static_cast<std::size_t>(state.range(1)), plain, content);
+    slot.second = MakeFixture(kova::bench::ShapeNumbered(state.range(0)), static_cast<std::size_t>(state.range(1)),
+                              plain, content);
     slot.first = key;
   }
   return slot.second.get();
@@ -169,12 +169,12 @@ void Finish(benchmark::State& state, const Fixture& f) {
   state.counters["objects"] = benchmark::Counter(static_cast<double>(f.objects), benchmark::Counter::kAvgThreads);
 }
 
-#define KOVA_FIXTURE(plain, content)                                           \
-  Fixture* fixture = FixtureFor(state, __func__, plain, content);              \
-  if (fixture == nullptr || fixture->instanceKova.empty()) {                   \
-    state.SkipWithError("no table");                                           \
-    return;                                                                    \
-  }                                                                            \
+#define KOVA_FIXTURE(plain, content)                              \
+  Fixture* fixture = FixtureFor(state, __func__, plain, content); \
+  if (fixture == nullptr || fixture->instanceKova.empty()) {      \
+    state.SkipWithError("no table");                              \
+    return;                                                       \
+  }                                                               \
   Fixture& f = *fixture
 
 // --- The library ----------------------------------------------------------------------------------
@@ -419,12 +419,18 @@ void WalkSizes(benchmark::internal::Benchmark* b) {
 
 void Register() {
   const std::pair<const char*, void (*)(benchmark::State&)> workflows[] = {
-      {"library/lookup", LibraryLookup},         {"plain/lookup", PlainLookup},
-      {"library/sync", LibrarySync},             {"plain/sync", PlainSync},
-      {"library/rename", LibraryRename},         {"plain/rename", PlainRename},
-      {"library/list-and-find", LibraryListAndFind}, {"plain/list-and-find", PlainListAndFind},
-      {"library/two-tables", LibraryTwoTables},  {"plain/two-tables", PlainTwoTables},
-      {"library/remove-readd", LibraryRemoveReadd}, {"plain/remove-readd", PlainRemoveReadd},
+      {"library/lookup", LibraryLookup},
+      {"plain/lookup", PlainLookup},
+      {"library/sync", LibrarySync},
+      {"plain/sync", PlainSync},
+      {"library/rename", LibraryRename},
+      {"plain/rename", PlainRename},
+      {"library/list-and-find", LibraryListAndFind},
+      {"plain/list-and-find", PlainListAndFind},
+      {"library/two-tables", LibraryTwoTables},
+      {"plain/two-tables", PlainTwoTables},
+      {"library/remove-readd", LibraryRemoveReadd},
+      {"plain/remove-readd", PlainRemoveReadd},
   };
   for (const auto& [name, function] : workflows) benchmark::RegisterBenchmark(name, function)->Apply(AllSizes);
   benchmark::RegisterBenchmark("library/threads", LibraryThreads)->Apply(AllSizes)->Threads(2);

@@ -68,9 +68,7 @@ ZANIKnwParm_var ListParm(const void* values, size_t count, Element element) {
 
 extern "C" {
 
-kova_attributes* kova_attributes_new(void) {
-  return kova::capi::NewOrNull<kova_attributes>();
-}
+kova_attributes* kova_attributes_new(void) { return kova::capi::NewOrNull<kova_attributes>(); }
 
 void kova_attributes_free(kova_attributes* attributes) { delete attributes; }
 

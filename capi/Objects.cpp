@@ -12,8 +12,8 @@
 
 using kova::capi::Failure;
 using kova::capi::RefusedArgument;
-using kova::capi::RequiredKind;
 using kova::capi::Required;
+using kova::capi::RequiredKind;
 using kova::capi::Run;
 using kova::capi::TextIn;
 
@@ -61,18 +61,13 @@ const char* EmptyText(size_t* length) noexcept {
   return "";
 }
 
-
 }  // namespace
 
 extern "C" {
 
-kova_object* kova_reference_new(void) {
-  return kova::capi::NewOrNull<kova_object>(KOVAMappingReference());
-}
+kova_object* kova_reference_new(void) { return kova::capi::NewOrNull<kova_object>(KOVAMappingReference()); }
 
-kova_object* kova_instance_new(void) {
-  return kova::capi::NewOrNull<kova_object>(KOVAMappingInstance());
-}
+kova_object* kova_instance_new(void) { return kova::capi::NewOrNull<kova_object>(KOVAMappingInstance()); }
 
 kova_object* kova_object_retain(kova_object* object) {
   if (object != nullptr) object->count.fetch_add(1, std::memory_order_relaxed);

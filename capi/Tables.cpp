@@ -45,9 +45,7 @@ int32_t Find(const char* function, kova_table* table, const char* id, size_t len
 
 extern "C" {
 
-kova_table* kova_table_new(void) {
-  return kova::capi::NewOrNull<kova_table>();
-}
+kova_table* kova_table_new(void) { return kova::capi::NewOrNull<kova_table>(); }
 
 void kova_table_free(kova_table* table) { delete table; }
 

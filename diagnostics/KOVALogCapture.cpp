@@ -56,8 +56,7 @@ KOVALogCapture::KOVALogCapture(KOVALogSink& sink, Wants wants) : KOVALogCapture(
 
 KOVALogCapture::~KOVALogCapture() {
   // Found on this thread's list only when destroyed on the thread that made it.
-  for (KOVALogCapture** link = &tCaptures.innermost; *link != nullptr;
-       link = &KOVALogCaptureAccess::Outer(**link)) {
+  for (KOVALogCapture** link = &tCaptures.innermost; *link != nullptr; link = &KOVALogCaptureAccess::Outer(**link)) {
     if (*link == this) {
       *link = outer_;
       if (wants_ == Wants::kEverything) --tCaptures.everything;
@@ -92,4 +91,3 @@ void KOVALogCapture::Receive(std::string_view context, std::string_view message,
   } running(delivering_);
   sink_->Receive(context, message, reason);
 }
-

@@ -35,7 +35,7 @@ void WriteLine(std::string_view context, std::string_view message) {
 // A line a host logs itself is a reason when its context is empty or names a missing key.
 kova::diagnostics::LineKind KindOfContext(std::string_view context) {
   return context.empty() || context == "UNVALUATED MANDATORY FIELD" ? kova::diagnostics::LineKind::kReason
-                                                                     : kova::diagnostics::LineKind::kDetail;
+                                                                    : kova::diagnostics::LineKind::kDetail;
 }
 
 }  // namespace

@@ -28,14 +28,10 @@ struct FreeDeleter {
 // The status that stands for each result of zlib's uncompress.
 HRESULT StatusOfZlib(int result) {
   switch (result) {
-    case Z_OK:
-      return S_OK;
-    case Z_MEM_ERROR:
-      return ZANZ_E_OUTOFMEMORY;
-    case Z_BUF_ERROR:
-      return ZANZ_E_INSUFFICIENTBUFFER;
-    default:
-      return ZANZ_E_BADDATA;
+    case Z_OK: return S_OK;
+    case Z_MEM_ERROR: return ZANZ_E_OUTOFMEMORY;
+    case Z_BUF_ERROR: return ZANZ_E_INSUFFICIENTBUFFER;
+    default: return ZANZ_E_BADDATA;
   }
 }
 

@@ -16,7 +16,7 @@
 
 namespace {
 
-const char* const kTypeNames[] = {"String", "Integer", "Real",  "Boolean",    "Time",       "Enumeration",
+const char* const kTypeNames[] = {"String", "Integer", "Real",   "Boolean",     "Time",         "Enumeration",
                                   "List",   "Mass",    "Length", "GRDInstance", "GRDReference", "NoSuchType"};
 
 ZANIType_var Type(kova::fuzz::Reader& reader) {

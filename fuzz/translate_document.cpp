@@ -22,8 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   KOVAMappingTable table;
   HRESULT status = E_FAIL;
   try {
-    status = KOVAMappingParser::TranslateToMappingTable(
-        ZANUnicodeString(reinterpret_cast<const char*>(data), size), owner, table);
+    status = KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString(reinterpret_cast<const char*>(data), size),
+                                                        owner, table);
   } catch (const std::out_of_range&) {
     return 0;
   } catch (const std::invalid_argument&) {
@@ -31,12 +31,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   {
     KOVAMappingTable plain;
-    const HRESULT expected = kova::test::plain::Read(
-        ZANUnicodeString(reinterpret_cast<const char*>(data), size), owner, plain);
+    const HRESULT expected =
+        kova::test::plain::Read(ZANUnicodeString(reinterpret_cast<const char*>(data), size), owner, plain);
     kova::fuzz::Check(status == expected, "the status differs from the plain reader's");
-    kova::fuzz::Check(KOVAPrivateAccess::GetPrivate(table)->GetVersion() ==
-                          KOVAPrivateAccess::GetPrivate(plain)->GetVersion(),
-                      "the version differs from the plain reader's");
+    kova::fuzz::Check(
+        KOVAPrivateAccess::GetPrivate(table)->GetVersion() == KOVAPrivateAccess::GetPrivate(plain)->GetVersion(),
+        "the version differs from the plain reader's");
     kova::fuzz::Check(kova::fuzz::DescribeContent(table) == kova::fuzz::DescribeContent(plain),
                       "the table differs from the plain reader's");
   }

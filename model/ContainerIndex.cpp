@@ -349,7 +349,8 @@ void ContainerIndex::AfterChange(Object& object, unsigned fields) {
   if (keys_ && keyFields != 0) {
     for (std::uint32_t p : changing_) Key(p, keyFields);
   }
-  if (kind_ == Kind::kReferences && (fields & kLocalField) != 0 && firstNotLocalKnown_ && !IndexAccess::IsLocal(object)) {
+  if (kind_ == Kind::kReferences && (fields & kLocalField) != 0 && firstNotLocalKnown_ &&
+      !IndexAccess::IsLocal(object)) {
     for (std::uint32_t p : changing_) {
       if (firstNotLocal_ == kNone || p < firstNotLocal_) firstNotLocal_ = p;
     }

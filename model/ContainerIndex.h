@@ -80,9 +80,7 @@ class ContainerIndex {
   void HandOut();
   // A handed-out instance vector that can gain elements unseen (room left, or empty): tables
   // holding its reference check it before each instance look-up.
-  bool CanGrowUnseen() const noexcept {
-    return handedOut_ && (VectorSize() == 0 || VectorCapacity() > VectorSize());
-  }
+  bool CanGrowUnseen() const noexcept { return handedOut_ && (VectorSize() == 0 || VectorCapacity() > VectorSize()); }
   // Called through a link when a handle at slot releases one of the synced objects.
   void SlotReleased(const void* slot);
   // An object this container links is being destroyed: its positions are forgotten.
@@ -187,7 +185,8 @@ class ContainerIndex {
   // Positions where the synced elements hold object, into out (the earliest first).
   void PositionsOf(const KOVAMappingPrivateObject* object, std::vector<std::uint32_t>& out) const;
   // Keys position p (whose object is at, when the caller has it at hand).
-  void Key(std::uint32_t p, unsigned fields, const Hashes* hashes = nullptr, const KOVAMappingPrivateObject* at = nullptr);
+  void Key(std::uint32_t p, unsigned fields, const Hashes* hashes = nullptr,
+           const KOVAMappingPrivateObject* at = nullptr);
   void Unkey(std::uint32_t p, unsigned fields);
   // Tables holding this container's reference, each once.
   template <class F>

@@ -43,7 +43,8 @@ void ChangeFields(KOVAMappingPrivateObject& object, unsigned fields, Change&& ch
     KOVAMappingPrivateObject& object;
     unsigned fields;
     ~After() {
-      ObjectLinks::ForEachContainer(object, [this](ContainerIndex* container) { container->AfterChange(object, fields); });
+      ObjectLinks::ForEachContainer(object,
+                                    [this](ContainerIndex* container) { container->AfterChange(object, fields); });
     }
   } after{object, fields};
   change();
@@ -60,8 +61,7 @@ KOVAMappingPrivateObject::KOVAMappingPrivateObject(ZANUnicodeString kovaId, ZANU
 }
 
 KOVAMappingPrivateObject::KOVAMappingPrivateObject(ZANUnicodeString kovaId, ZANUnicodeString plexoId,
-                                                   ZANUnicodeString kssStamp, ZANUnicodeString customData,
-                                                   bool isLocal)
+                                                   ZANUnicodeString kssStamp, ZANUnicodeString customData, bool isLocal)
     : kovaId_(std::move(kovaId)), plexoId_(std::move(plexoId)), customData_(std::move(customData)), isLocal_(isLocal) {
   StoreStamp(std::move(kssStamp), kssStamp_, kssVersion_);
 }

@@ -27,7 +27,9 @@ KOVAMappingPrivateTable::KOVAMappingPrivateTable() : version_(kCurrentVersion) {
 
 // The copy starts without indexes and with its own vector, not handed out.
 KOVAMappingPrivateTable::KOVAMappingPrivateTable(const KOVAMappingPrivateTable& other)
-    : std::enable_shared_from_this<KOVAMappingPrivateTable>(), version_(other.version_), references_(other.references_) {}
+    : std::enable_shared_from_this<KOVAMappingPrivateTable>(),
+      version_(other.version_),
+      references_(other.references_) {}
 
 KOVAMappingPrivateTable& KOVAMappingPrivateTable::operator=(const KOVAMappingPrivateTable& other) {
   version_ = other.version_;
@@ -92,7 +94,8 @@ HRESULT KOVAMappingPrivateTable::RemoveInstance(KOVAMappingInstance& instance, K
 
 namespace kova::model {
 
-HRESULT FindReference(KOVAMappingPrivateTable& table, const ZANUnicodeString& id, bool byKova, KOVAMappingReference& out) {
+HRESULT FindReference(KOVAMappingPrivateTable& table, const ZANUnicodeString& id, bool byKova,
+                      KOVAMappingReference& out) {
   ReferenceVectorIndex& references = IndexAccess::Indexes(table).References();
   const std::uint32_t position = byKova ? references.FindKova(id) : references.FindPlexo(id);
   if (position == kNone) return E_FAIL;
@@ -100,7 +103,8 @@ HRESULT FindReference(KOVAMappingPrivateTable& table, const ZANUnicodeString& id
   return S_OK;
 }
 
-HRESULT FindInstance(KOVAMappingPrivateTable& table, const ZANUnicodeString& id, bool byKova, KOVAMappingInstance& out) {
+HRESULT FindInstance(KOVAMappingPrivateTable& table, const ZANUnicodeString& id, bool byKova,
+                     KOVAMappingInstance& out) {
   TableInstanceIndex& instances = IndexAccess::Indexes(table).Instances();
   const auto* found = byKova ? instances.FindKova(id) : instances.FindPlexo(id);
   if (found == nullptr) return E_FAIL;

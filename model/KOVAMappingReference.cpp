@@ -8,8 +8,8 @@
 
 KOVAMappingReference::KOVAMappingReference() : KOVAMappingObject(std::make_shared<KOVAMappingPrivateReference>()) {}
 
-KOVAMappingReference::KOVAMappingReference(ZANUnicodeString kovaId, ZANUnicodeString plexoId,
-                                           ZANUnicodeString kssStamp, ZANUnicodeString customData, bool isLocal)
+KOVAMappingReference::KOVAMappingReference(ZANUnicodeString kovaId, ZANUnicodeString plexoId, ZANUnicodeString kssStamp,
+                                           ZANUnicodeString customData, bool isLocal)
     : KOVAMappingObject(std::make_shared<KOVAMappingPrivateReference>(
           std::move(kovaId), std::move(plexoId), std::move(kssStamp), std::move(customData), isLocal)) {}
 

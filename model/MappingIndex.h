@@ -52,9 +52,7 @@ struct IndexAccess {
   static const ZANUnicodeString& PlexoId(const KOVAMappingPrivateObject& data) noexcept { return data.plexoId_; }
   static bool IsLocal(const KOVAMappingPrivateObject& data) noexcept { return data.isLocal_; }
   static const ZANUnicodeString& KovaId(const KOVAMappingObject& handle) noexcept { return handle.private_->kovaId_; }
-  static const ZANUnicodeString& PlexoId(const KOVAMappingObject& handle) noexcept {
-    return handle.private_->plexoId_;
-  }
+  static const ZANUnicodeString& PlexoId(const KOVAMappingObject& handle) noexcept { return handle.private_->plexoId_; }
   // The containers themselves, read-only: reading does not hand them out.
   static const std::vector<KOVAMappingInstance>& Instances(const KOVAMappingPrivateReference& reference) noexcept {
     return reference.instances_;

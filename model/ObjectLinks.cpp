@@ -56,7 +56,8 @@ bool ObjectLinks::Has(const KOVAMappingPrivateObject& object, const ContainerInd
   if (word == 0) return false;
   if ((word & kArray) == 0) return Container(word) == container;
   const std::vector<std::uintptr_t>& links = *Array(word);
-  return std::any_of(links.begin(), links.end(), [container](std::uintptr_t link) { return Container(link) == container; });
+  return std::any_of(links.begin(), links.end(),
+                     [container](std::uintptr_t link) { return Container(link) == container; });
 }
 
 std::size_t ObjectLinks::Count(const KOVAMappingPrivateObject& object, const ContainerIndex* container) noexcept {
@@ -64,8 +65,8 @@ std::size_t ObjectLinks::Count(const KOVAMappingPrivateObject& object, const Con
   if (word == 0) return 0;
   if ((word & kArray) == 0) return Container(word) == container ? 1 : 0;
   const std::vector<std::uintptr_t>& links = *Array(word);
-  return static_cast<std::size_t>(
-      std::count_if(links.begin(), links.end(), [container](std::uintptr_t link) { return Container(link) == container; }));
+  return static_cast<std::size_t>(std::count_if(
+      links.begin(), links.end(), [container](std::uintptr_t link) { return Container(link) == container; }));
 }
 
 void ObjectLinks::Release(KOVAMappingPrivateObject& object) noexcept {

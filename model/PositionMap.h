@@ -99,8 +99,7 @@ class PositionMap {
 
   // Forgets that value holds key (it must have been recorded).
   template <class KeyAt, class IsEarlier>
-  void Erase(const ZANUnicodeString& key, std::size_t hash, std::uint32_t value, KeyAt&& keyAt,
-             IsEarlier&& isEarlier) {
+  void Erase(const ZANUnicodeString& key, std::size_t hash, std::uint32_t value, KeyAt&& keyAt, IsEarlier&& isEarlier) {
     // Mostly the value is the first (often the only) one of its key: its slot is the one with the
     // key's tag and that value, found without reading any key back.
     const std::uint32_t tag = TagOf(hash);
@@ -180,7 +179,6 @@ class PositionMap {
       for (std::uint32_t& value : values) value += value >= from ? step : 0u;
     }
   }
-
 
  private:
   static constexpr std::uint32_t kEmpty = 0xFFFFFFFFu;

@@ -60,7 +60,6 @@ class TableIndexes {
   bool OutweighsInstances(const ContainerIndex& instances) const noexcept;
   void DropInstances() noexcept { instances_.reset(); }
 
-
  private:
   TableInstanceIndex& UpdatedInstances();
 
@@ -108,7 +107,6 @@ class TableInstanceIndex {
   // The private object of the first instance whose kOVA id (Plexo id) is id, or nullptr.
   const std::shared_ptr<KOVAMappingPrivateObject>* FindKova(const ZANUnicodeString& id) const;
   const std::shared_ptr<KOVAMappingPrivateObject>* FindPlexo(const ZANUnicodeString& id) const;
-
 
  private:
   struct Entry {

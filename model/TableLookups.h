@@ -13,7 +13,8 @@ namespace kova::model {
 
 // The first reference (instance) of the table, in table order, whose kOVA id (byKova) or Plexo id
 // is id, shared into out; E_FAIL leaves out untouched.
-HRESULT FindReference(KOVAMappingPrivateTable& table, const ZANUnicodeString& id, bool byKova, KOVAMappingReference& out);
+HRESULT FindReference(KOVAMappingPrivateTable& table, const ZANUnicodeString& id, bool byKova,
+                      KOVAMappingReference& out);
 HRESULT FindInstance(KOVAMappingPrivateTable& table, const ZANUnicodeString& id, bool byKova, KOVAMappingInstance& out);
 
 }  // namespace kova::model

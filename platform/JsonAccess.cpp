@@ -21,28 +21,14 @@ ZANUnicodeString TextOf(const Value& v) { return ZANUnicodeString::FromValidUTF8
 HRESULT ReadType(const Value* v, ZANOmxJsonType& type) {
   if (v == nullptr) return ZAN_E_NOTFOUND;
   switch (v->kind) {
-    case Kind::Null:
-      type = ZANOmxJsonType::Null;
-      break;
+    case Kind::Null: type = ZANOmxJsonType::Null; break;
     case Kind::False:
-    case Kind::True:
-      type = ZANOmxJsonType::Boolean;
-      break;
-    case Kind::Integer:
-      type = FitsInt32(v->integer) ? ZANOmxJsonType::Integer : ZANOmxJsonType::Real;
-      break;
-    case Kind::Number:
-      type = Int32OfIntegerToken(v->Text()) ? ZANOmxJsonType::Integer : ZANOmxJsonType::Real;
-      break;
-    case Kind::String:
-      type = ZANOmxJsonType::String;
-      break;
-    case Kind::Array:
-      type = ZANOmxJsonType::Array;
-      break;
-    case Kind::Object:
-      type = ZANOmxJsonType::Object;
-      break;
+    case Kind::True: type = ZANOmxJsonType::Boolean; break;
+    case Kind::Integer: type = FitsInt32(v->integer) ? ZANOmxJsonType::Integer : ZANOmxJsonType::Real; break;
+    case Kind::Number: type = Int32OfIntegerToken(v->Text()) ? ZANOmxJsonType::Integer : ZANOmxJsonType::Real; break;
+    case Kind::String: type = ZANOmxJsonType::String; break;
+    case Kind::Array: type = ZANOmxJsonType::Array; break;
+    case Kind::Object: type = ZANOmxJsonType::Object; break;
   }
   return S_OK;
 }

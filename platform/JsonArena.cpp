@@ -91,8 +91,6 @@ void Arena::Reserve(std::size_t bytes) {
   if (cur_ == nullptr || FreeSize() < bytes) NewChunk(bytes);
 }
 
-void Arena::SizeHint(std::size_t bytes) noexcept {
-  nextSize_ = std::clamp(bytes, nextSize_, kMaxChunkSize);
-}
+void Arena::SizeHint(std::size_t bytes) noexcept { nextSize_ = std::clamp(bytes, nextSize_, kMaxChunkSize); }
 
 }  // namespace kova::json

@@ -53,8 +53,7 @@ class TokenBuilder {
         *slot = Value::MakeNode(node, Kind::Array);
         return Open(v, node);
       }
-      case od::json_type::number:
-        return StoreNumber(v.raw_json_token(), slot);
+      case od::json_type::number: return StoreNumber(v.raw_json_token(), slot);
       case od::json_type::string: {
         std::string_view s;
         if (v.get_string().get(s) != simdjson::SUCCESS) return false;
@@ -159,8 +158,7 @@ bool BuildScalarRoot(od::document& document, od::json_type type, std::string_vie
   doc.root.capacity = 1;
   Value* slot = &doc.root.elements[0];
   switch (type) {
-    case od::json_type::number:
-      return builder.StoreNumber(token, slot);
+    case od::json_type::number: return builder.StoreNumber(token, slot);
     case od::json_type::string: {
       std::string_view s;
       if (document.get_string().get(s) != simdjson::SUCCESS) return false;
@@ -179,8 +177,7 @@ bool BuildScalarRoot(od::document& document, od::json_type type, std::string_vie
       return true;
     }
     case od::json_type::object:
-    case od::json_type::array:
-      break;
+    case od::json_type::array: break;
   }
   return false;
 }

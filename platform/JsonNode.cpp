@@ -166,12 +166,9 @@ std::shared_ptr<Node> NewDocument(NodeKind rootKind) {
 
 Value AsValue(Node& node) noexcept {
   switch (node.kind) {
-    case NodeKind::Object:
-      return Value::MakeNode(&node, Kind::Object);
-    case NodeKind::Array:
-      return Value::MakeNode(&node, Kind::Array);
-    case NodeKind::Scalar:
-      break;
+    case NodeKind::Object: return Value::MakeNode(&node, Kind::Object);
+    case NodeKind::Array: return Value::MakeNode(&node, Kind::Array);
+    case NodeKind::Scalar: break;
   }
   return node.elements[0];
 }

@@ -110,8 +110,8 @@ static_assert(sizeof(Member) == 32, "members stay four words");
 
 // Open-addressing table from key to member position, for large objects.
 struct Index {
-  std::uint32_t mask;     // slot count - 1 (slot count is a power of two)
-  std::uint32_t* slots;   // member position + 1, 0 when free
+  std::uint32_t mask;    // slot count - 1 (slot count is a power of two)
+  std::uint32_t* slots;  // member position + 1, 0 when free
 };
 
 enum class NodeKind : std::uint8_t {
@@ -136,9 +136,7 @@ struct Node {
 
   // The member under key, or null.
   const Member* Find(std::string_view key) const noexcept;
-  Member* Find(std::string_view key) noexcept {
-    return const_cast<Member*>(static_cast<const Node*>(this)->Find(key));
-  }
+  Member* Find(std::string_view key) noexcept { return const_cast<Member*>(static_cast<const Node*>(this)->Find(key)); }
 
   // The value slot of key: the existing one (the key keeps its position) or a new member at the
   // end, whose value is null. A new member's key is a copy of key in the arena, or storedKey: the

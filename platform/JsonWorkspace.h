@@ -46,8 +46,8 @@ void AppendPadding(std::string& text, std::size_t padding);
 
 // Parsers and the padded copy of a text that simdjson reads.
 struct Workspace {
-  simdjson::dom::parser dom;                            // texts read once, where they lie
-  std::unique_ptr<simdjson::ondemand::parser> tokens;   // texts loaded into a value tree
+  simdjson::dom::parser dom;                           // texts read once, where they lie
+  std::unique_ptr<simdjson::ondemand::parser> tokens;  // texts loaded into a value tree
   std::unique_ptr<char[]> buffer;
   std::size_t bufferSize = 0;
 

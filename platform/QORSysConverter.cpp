@@ -96,8 +96,8 @@ HRESULT QORSysConverter::ConvertToBase64(const unsigned char* bytes, std::uint64
   std::uint64_t written = 0;
   for (std::uint64_t done = 0; done < length;) {
     const std::uint64_t n = length - done < kEncodeChunk ? length - done : kEncodeChunk;
-    written += static_cast<std::uint64_t>(EVP_EncodeBlock(reinterpret_cast<unsigned char*>(out + written),
-                                                          bytes + done, static_cast<int>(n)));
+    written += static_cast<std::uint64_t>(
+        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(out + written), bytes + done, static_cast<int>(n)));
     done += n;
   }
   out[written] = '\0';

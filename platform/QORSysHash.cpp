@@ -56,8 +56,7 @@ HRESULT StampDigest(const char* data, std::int32_t length, unsigned char (&diges
 
 HRESULT QORSysHash_Digest(int selector, const char* data, std::int32_t length, unsigned char** digest,
                           std::int32_t* digestLength) {
-  if (selector != 0 || length < 0 || digest == nullptr || digestLength == nullptr ||
-      (data == nullptr && length > 0)) {
+  if (selector != 0 || length < 0 || digest == nullptr || digestLength == nullptr || (data == nullptr && length > 0)) {
     return ZAN_E_INVALIDARG;
   }
   unsigned char value[kova::kStampDigestCapacity];

@@ -4,9 +4,7 @@
 
 namespace kova::utf8 {
 
-bool IsValid(std::string_view bytes) noexcept {
-  return simdjson::validate_utf8(bytes.data(), bytes.size());
-}
+bool IsValid(std::string_view bytes) noexcept { return simdjson::validate_utf8(bytes.data(), bytes.size()); }
 
 namespace {
 

@@ -123,16 +123,12 @@ ZANBaseUnknown_var ZANKnwBuilder::MakeObject(const ZANIType_var& type,
                                              ZANKnwObjectFacets facets) {
   std::shared_ptr<ZANComponent> object;
   switch (facets) {
-    case ZANKnwObjectFacets::InstanceOnly:
-      object = std::make_shared<kova::knw::InstanceObject>(type);
-      break;
+    case ZANKnwObjectFacets::InstanceOnly: object = std::make_shared<kova::knw::InstanceObject>(type); break;
     case ZANKnwObjectFacets::KnowledgeObjectOnly:
       object = std::make_shared<kova::knw::KnowledgeObject>(attributes);
       break;
     case ZANKnwObjectFacets::InstanceAndKnowledgeObject:
-    default:
-      object = std::make_shared<kova::knw::InstanceKnowledgeObject>(type, attributes);
-      break;
+    default: object = std::make_shared<kova::knw::InstanceKnowledgeObject>(type, attributes); break;
   }
   return ZANBaseUnknown_var(std::move(object));
 }

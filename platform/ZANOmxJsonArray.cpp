@@ -131,11 +131,13 @@ HRESULT ZANOmxJsonArray::PutNull() {
 ZANUnicodeString ZANOmxJsonArray::ToString() const {
   if (!node_) return ZANUnicodeString("[]");
   const kova::json::Value value = kova::json::AsValue(*node_);
-  return ZANUnicodeString::FromValidUTF8(kova::json::WriteValue(value, kova::json::Layout::kCompact, kova::json::ExpectedTextSize(*node_)));
+  return ZANUnicodeString::FromValidUTF8(
+      kova::json::WriteValue(value, kova::json::Layout::kCompact, kova::json::ExpectedTextSize(*node_)));
 }
 
 ZANUnicodeString ZANOmxJsonArray::PrettyPrint() const {
   if (!node_) return ZANUnicodeString("[]");
   const kova::json::Value value = kova::json::AsValue(*node_);
-  return ZANUnicodeString::FromValidUTF8(kova::json::WriteValue(value, kova::json::Layout::kIndented, kova::json::ExpectedTextSize(*node_)));
+  return ZANUnicodeString::FromValidUTF8(
+      kova::json::WriteValue(value, kova::json::Layout::kIndented, kova::json::ExpectedTextSize(*node_)));
 }

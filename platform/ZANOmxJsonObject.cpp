@@ -172,11 +172,13 @@ HRESULT ZANOmxJsonObject::PutJsonArray(const ZANOmxKeyString& key, const ZANOmxJ
 ZANUnicodeString ZANOmxJsonObject::ToString() const {
   if (!node_) return ZANUnicodeString("{}");
   const kova::json::Value value = kova::json::AsValue(*node_);
-  return ZANUnicodeString::FromValidUTF8(kova::json::WriteValue(value, kova::json::Layout::kCompact, kova::json::ExpectedTextSize(*node_)));
+  return ZANUnicodeString::FromValidUTF8(
+      kova::json::WriteValue(value, kova::json::Layout::kCompact, kova::json::ExpectedTextSize(*node_)));
 }
 
 ZANUnicodeString ZANOmxJsonObject::PrettyPrint() const {
   if (!node_) return ZANUnicodeString("{}");
   const kova::json::Value value = kova::json::AsValue(*node_);
-  return ZANUnicodeString::FromValidUTF8(kova::json::WriteValue(value, kova::json::Layout::kIndented, kova::json::ExpectedTextSize(*node_)));
+  return ZANUnicodeString::FromValidUTF8(
+      kova::json::WriteValue(value, kova::json::Layout::kIndented, kova::json::ExpectedTextSize(*node_)));
 }

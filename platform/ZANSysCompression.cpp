@@ -34,9 +34,7 @@ struct CompressorDeleter {
 };
 
 struct DecompressorDeleter {
-  void operator()(libdeflate_decompressor* decompressor) const noexcept {
-    libdeflate_free_decompressor(decompressor);
-  }
+  void operator()(libdeflate_decompressor* decompressor) const noexcept { libdeflate_free_decompressor(decompressor); }
 };
 
 // libdeflate's compressor and decompressor must not be used by two threads at once, and they are
@@ -118,9 +116,8 @@ HRESULT ZANSysUncompress(const unsigned char* source, std::uint64_t sourceLength
   // repeat running past the declared count, a one-symbol code read through its unused bit pattern
   // or used as the code-length code, a match in a block without distance codes. No compressor
   // writes them; telling them apart would cost a zlib decompression of every stream that opens.
-  const libdeflate_result result =
-      libdeflate_zlib_decompress(decompressor, input, static_cast<std::size_t>(sourceLength), output,
-                                 UsableCapacity(capacity), &produced);
+  const libdeflate_result result = libdeflate_zlib_decompress(
+      decompressor, input, static_cast<std::size_t>(sourceLength), output, UsableCapacity(capacity), &produced);
   if (result == LIBDEFLATE_SUCCESS) {
     destinationLength = produced;
     return S_OK;
@@ -129,15 +126,10 @@ HRESULT ZANSysUncompress(const unsigned char* source, std::uint64_t sourceLength
                 "zlib's lengths hold every length that libdeflate takes");
   uLong length = static_cast<uLong>(UsableCapacity(capacity));
   switch (uncompress(output, &length, input, static_cast<uLong>(sourceLength))) {
-    case Z_OK:
-      destinationLength = length;
-      return S_OK;
-    case Z_MEM_ERROR:
-      return ZANZ_E_OUTOFMEMORY;
-    case Z_BUF_ERROR:
-      return ZANZ_E_INSUFFICIENTBUFFER;
+    case Z_OK: destinationLength = length; return S_OK;
+    case Z_MEM_ERROR: return ZANZ_E_OUTOFMEMORY;
+    case Z_BUF_ERROR: return ZANZ_E_INSUFFICIENTBUFFER;
     case Z_DATA_ERROR:
-    default:
-      return ZANZ_E_BADDATA;
+    default: return ZANZ_E_BADDATA;
   }
 }

@@ -110,9 +110,7 @@ ZANUnicodeString ZANUnicodeString::FromValidUTF8(std::string_view text) {
   return s;
 }
 
-int ZANUnicodeString::GetLengthInChar() const noexcept {
-  return static_cast<int>(kova::utf8::CountCodePoints(View()));
-}
+int ZANUnicodeString::GetLengthInChar() const noexcept { return static_cast<int>(kova::utf8::CountCodePoints(View())); }
 
 HRESULT ZANUnicodeString::ConvertToUTF8(char* buffer, std::size_t& length) const noexcept {
   const std::string_view text = View();
@@ -233,8 +231,7 @@ HRESULT ZANUnicodeString::BuildFromNum(long long value, const char* format) {
   if (IsIntegerConversion(f.conversion) && f.lengthLongs == 2) return Print(*this, f.text, value);
   if (IsUnsignedConversion(f.conversion) && f.lengthLongs == 2)
     return Print(*this, f.text, static_cast<unsigned long long>(value));
-  if (IsRealConversion(f.conversion) && f.lengthLongs == 0)
-    return Print(*this, f.text, static_cast<double>(value));
+  if (IsRealConversion(f.conversion) && f.lengthLongs == 0) return Print(*this, f.text, static_cast<double>(value));
   return ZAN_E_INVALIDARG;
 }
 
@@ -243,8 +240,7 @@ HRESULT ZANUnicodeString::BuildFromNum(unsigned long long value, const char* for
   if (f.conversion == '\0') return ZAN_E_INVALIDARG;
   if ((IsUnsignedConversion(f.conversion) || IsIntegerConversion(f.conversion)) && f.lengthLongs == 2)
     return Print(*this, f.text, value);
-  if (IsRealConversion(f.conversion) && f.lengthLongs == 0)
-    return Print(*this, f.text, static_cast<double>(value));
+  if (IsRealConversion(f.conversion) && f.lengthLongs == 0) return Print(*this, f.text, static_cast<double>(value));
   return ZAN_E_INVALIDARG;
 }
 

@@ -50,7 +50,8 @@ void LogWholeText(const ZANUnicodeString& text) {
 // the size onwards, and the number itself is not shown. A size beyond the label shows nothing.
 void LogSizeLine(std::string_view label, std::uint64_t size) {
   if (!KOVALogger::IsActive()) return;
-  Log(LineKind::kDetail, size <= label.size() ? ZANUnicodeString(label.substr(static_cast<std::size_t>(size))) : ZANUnicodeString());
+  Log(LineKind::kDetail,
+      size <= label.size() ? ZANUnicodeString(label.substr(static_cast<std::size_t>(size))) : ZANUnicodeString());
 }
 
 }  // namespace
@@ -64,8 +65,8 @@ HRESULT KOVAMappingParser::CompressMT(const ZANUnicodeString& text, ZANUnicodeSt
 
   std::uint64_t compressedLength = ZANSysCompressBound(length);
   auto target = std::make_unique_for_overwrite<unsigned char[]>(compressedLength);
-  const HRESULT compression = ZANSysCompress(reinterpret_cast<const unsigned char*>(utf8.get()), length,
-                                             target.get(), compressedLength);
+  const HRESULT compression =
+      ZANSysCompress(reinterpret_cast<const unsigned char*>(utf8.get()), length, target.get(), compressedLength);
   utf8.reset();
   // A failed compression leaves an empty stream, which is still encoded below: the envelope is
   // built all the same and only the log tells.
@@ -184,17 +185,10 @@ HRESULT DecompressPayload(const char* payload, ZANUnicodeString& out, std::uint6
   if (ZANFailed(status)) {
     Log(LineKind::kReason, "DECOMPRESSION");
     switch (status) {
-      case ZANZ_E_OUTOFMEMORY:
-        Log(LineKind::kReason, "ZANZ_E_OUTOFMEMORY");
-        break;
-      case ZANZ_E_INSUFFICIENTBUFFER:
-        Log(LineKind::kReason, "ZANZ_E_INSUFFICIENTBUFFER");
-        break;
-      case ZANZ_E_BADDATA:
-        Log(LineKind::kReason, "ZANZ_E_BADDATA");
-        break;
-      default:
-        break;
+      case ZANZ_E_OUTOFMEMORY: Log(LineKind::kReason, "ZANZ_E_OUTOFMEMORY"); break;
+      case ZANZ_E_INSUFFICIENTBUFFER: Log(LineKind::kReason, "ZANZ_E_INSUFFICIENTBUFFER"); break;
+      case ZANZ_E_BADDATA: Log(LineKind::kReason, "ZANZ_E_BADDATA"); break;
+      default: break;
     }
     return status;
   }
@@ -213,8 +207,7 @@ HRESULT DecompressPayload(const char* payload, ZANUnicodeString& out, std::uint6
 
 }  // namespace
 
-HRESULT KOVAMappingParser::DecompressMT(const ZANUnicodeString& payload, ZANUnicodeString& out,
-                                        std::uint64_t& size) {
+HRESULT KOVAMappingParser::DecompressMT(const ZANUnicodeString& payload, ZANUnicodeString& out, std::uint64_t& size) {
   return DecompressPayload(payload.CastToCharPtr(), out, size);
 }
 

@@ -69,7 +69,8 @@ HRESULT KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString text, const 
   table.SetOwner(owner);
   const bool printed = KOVALogger::IsActive() && BulkyLinesWanted();
   if (printed) {
-    Emit(LineKind::kBulky, ZANUnicodeString::FromValidUTF8(kova::json::PrettyText(bytes)), "Input Mapping Table JSON String");
+    Emit(LineKind::kBulky, ZANUnicodeString::FromValidUTF8(kova::json::PrettyText(bytes)),
+         "Input Mapping Table JSON String");
   }
   return ReadVersionAndReferences(parsed, bytes, table, printed);
 }

@@ -128,13 +128,13 @@ ZANUnicodeString KOVAMappingParser::TranslateToString(KOVAMappingTable& table) {
   const KOVAMappingPrivateTable& data = *KOVAPrivateAccess::GetPrivate(table);
   const std::size_t expectedSize = ExpectedDocumentSize(data);
   if (kova::diagnostics::BulkyLinesWanted()) {
-    kova::diagnostics::Emit(kova::diagnostics::LineKind::kBulky,
-                            ZANUnicodeString::FromValidUTF8(
-                                StreamedDocument(kova::json::Layout::kIndented, expectedSize * 2).Write(data)),
-                            "JSON generated from MappingTable");
+    kova::diagnostics::Emit(
+        kova::diagnostics::LineKind::kBulky,
+        ZANUnicodeString::FromValidUTF8(StreamedDocument(kova::json::Layout::kIndented, expectedSize * 2).Write(data)),
+        "JSON generated from MappingTable");
   }
-  const ZANUnicodeString text = ZANUnicodeString::FromValidUTF8(
-      StreamedDocument(kova::json::Layout::kCompact, expectedSize).Write(data));
+  const ZANUnicodeString text =
+      ZANUnicodeString::FromValidUTF8(StreamedDocument(kova::json::Layout::kCompact, expectedSize).Write(data));
   if (kova::CompressionSwitchOn()) {
     ZANUnicodeString envelope;
     // A failed compression falls back to the plain document.

@@ -187,8 +187,8 @@ HRESULT ParseReferences(const Field& references, KOVAMappingTable& table, int ve
 
 // One version 6 object, named by its kOVA id: its "PlexoId" (and "RefId" for an instance) and its
 // stamp. E_FAIL when a mandatory key does not read, the name is empty, or there is no stamp.
-HRESULT ReadVersion6Object(std::string_view name, simdjson::dom::element value, bool isInstance,
-                           ObjectValues& values, ZANUnicodeString& stamp, std::int32_t& stampVersion) {
+HRESULT ReadVersion6Object(std::string_view name, simdjson::dom::element value, bool isInstance, ObjectValues& values,
+                           ZANUnicodeString& stamp, std::int32_t& stampVersion) {
   const Field object = FieldOf(value);
   if (object.kind != FieldKind::Object) return E_FAIL;
   Fields fields;

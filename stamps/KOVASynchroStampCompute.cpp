@@ -84,8 +84,7 @@ bool IsRefusedType(const ZANIType_var& type, const ZANITypeDictionary_var& dicti
 }  // namespace
 
 HRESULT KOVASynchroStampServices::ComputeKOVASynchroStamp(const ZANBaseUnknown_var& object,
-                                                          std::list<ZANUnicodeString> names,
-                                                          ZANUnicodeString& stamp) {
+                                                          std::list<ZANUnicodeString> names, ZANUnicodeString& stamp) {
   if (!kStampComputationEnabled) return E_FAIL;
   Log(kEnteringFromAttributes);
 

@@ -90,23 +90,12 @@ void AppendTime(std::string& out, const ZANTime& time) {
 void AppendValue(std::string& out, ValueText kind, const ZANIKnwParm_var& parm) {
   const ZANIKnwValue_var value = parm->GetValue();
   switch (kind) {
-    case ValueText::String:
-      out.append(value->AsString().View());
-      return;
-    case ValueText::Integer:
-      AppendInteger(out, value->AsInteger());
-      return;
-    case ValueText::Real:
-      AppendReal(out, value->AsReal());
-      return;
-    case ValueText::Boolean:
-      out.append(value->AsBoolean() != 0 ? "TRUE" : "FALSE");
-      return;
-    case ValueText::Time:
-      AppendTime(out, value->AsTime());
-      return;
-    case ValueText::None:
-      break;
+    case ValueText::String: out.append(value->AsString().View()); return;
+    case ValueText::Integer: AppendInteger(out, value->AsInteger()); return;
+    case ValueText::Real: AppendReal(out, value->AsReal()); return;
+    case ValueText::Boolean: out.append(value->AsBoolean() != 0 ? "TRUE" : "FALSE"); return;
+    case ValueText::Time: AppendTime(out, value->AsTime()); return;
+    case ValueText::None: break;
   }
 }
 

@@ -14,9 +14,25 @@ namespace {
 using namespace std::string_view_literals;
 
 // Short ids from a small set of pieces, so that either-id collisions happen often.
-constexpr std::array<std::string_view, 19> kIdPieces = {
-    "A",  "b",  "7",  "-",    ".",    " ",        "\"",           "\\",               "/",   "\n",
-    "\t", "\0"sv, "\x1F", "\xC3\xA9", "\xE2\x82\xAC", "\xE6\x97\xA5", "\xF0\x9F\x98\x80", "V1:", "null"};
+constexpr std::array<std::string_view, 19> kIdPieces = {"A",
+                                                        "b",
+                                                        "7",
+                                                        "-",
+                                                        ".",
+                                                        " ",
+                                                        "\"",
+                                                        "\\",
+                                                        "/",
+                                                        "\n",
+                                                        "\t",
+                                                        "\0"sv,
+                                                        "\x1F",
+                                                        "\xC3\xA9",
+                                                        "\xE2\x82\xAC",
+                                                        "\xE6\x97\xA5",
+                                                        "\xF0\x9F\x98\x80",
+                                                        "V1:",
+                                                        "null"};
 
 class HostileTexts : public TextMaker {
  public:

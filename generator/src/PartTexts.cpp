@@ -13,12 +13,13 @@ namespace kova::generator {
 
 namespace {
 
-constexpr std::array<std::string_view, 16> kPartNames = {
-    "Housing", "Bracket", "Shaft",   "Flange", "Gear",  "Cover", "Plate", "Spacer",
-    "Bushing", "Lever",   "Pulley",  "Clamp",  "Hinge", "Frame", "Panel", "Rail"};
+constexpr std::array<std::string_view, 16> kPartNames = {"Housing", "Bracket", "Shaft",   "Flange", "Gear",   "Cover",
+                                                         "Plate",   "Spacer",  "Bushing", "Lever",  "Pulley", "Clamp",
+                                                         "Hinge",   "Frame",   "Panel",   "Rail"};
 constexpr std::array<std::string_view, 7> kStandardParts = {
     "ISO4762-M6x20", "ISO4032-M6", "ISO7089-6", "DIN912-M8x25", "ISO4762-M8x30", "DIN6325-4x20", "ISO8734-6x30"};
-constexpr std::array<std::string_view, 6> kMaterials = {"S235JR", "AlMg3", "C45", "X5CrNi18-10", "PA66-GF30", "CuZn39Pb3"};
+constexpr std::array<std::string_view, 6> kMaterials = {"S235JR",      "AlMg3",     "C45",
+                                                        "X5CrNi18-10", "PA66-GF30", "CuZn39Pb3"};
 constexpr std::array<std::string_view, 5> kFinishes = {"zinc-plated", "anodized", "painted", "raw", "black-oxide"};
 
 // A bijection of 64-bit numbers that spreads consecutive inputs: distinct inputs give distinct ids.
@@ -61,8 +62,9 @@ class PartTexts : public TextMaker {
     std::size_t target = 0;
     const std::int64_t below = references_ - 1 - reference;
     if (below > 0) {
-      const auto child = reference + 1 + static_cast<std::int64_t>(random_.Below(static_cast<std::uint32_t>(
-                                             std::min<std::int64_t>(below, 0xFFFFFFFF))));
+      const auto child = reference + 1 +
+                         static_cast<std::int64_t>(
+                             random_.Below(static_cast<std::uint32_t>(std::min<std::int64_t>(below, 0xFFFFFFFF))));
       target = static_cast<std::size_t>(child);
       object.refId = ReferenceId(child);
     } else {

@@ -18,8 +18,8 @@ class KOVA_EXPORT KOVAMappingInstance : public KOVAMappingObject {
   KOVAMappingInstance(ZANUnicodeString kovaId, ZANUnicodeString plexoId, ZANUnicodeString kssStamp,
                       ZANUnicodeString refId, ZANUnicodeString customData, bool isLocal);
   // The Plexo id is the text of the platform id's logical id.
-  KOVAMappingInstance(ZANUnicodeString kovaId, ZANPLMID_Simple plmId, ZANUnicodeString kssStamp,
-                      ZANUnicodeString refId, ZANUnicodeString customData, bool isLocal);
+  KOVAMappingInstance(ZANUnicodeString kovaId, ZANPLMID_Simple plmId, ZANUnicodeString kssStamp, ZANUnicodeString refId,
+                      ZANUnicodeString customData, bool isLocal);
   KOVAMappingInstance(const KOVAMappingInstance& other);
   KOVAMappingInstance& operator=(const KOVAMappingInstance& other);
   ~KOVAMappingInstance() override;

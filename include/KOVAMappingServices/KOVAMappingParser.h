@@ -23,8 +23,7 @@ class KOVA_EXPORT KOVAMappingParser {
   // too (E_FAIL). Otherwise the owner and the document's version are set first, and references
   // are added one by one as each is read whole: on a failure those added before stay in the table
   // (callers wanting all or nothing clear it on a failed status).
-  static HRESULT TranslateToMappingTable(ZANUnicodeString text, const ZANBaseUnknown& owner,
-                                         KOVAMappingTable& table);
+  static HRESULT TranslateToMappingTable(ZANUnicodeString text, const ZANBaseUnknown& owner, KOVAMappingTable& table);
   // Writes table as a document of the current version, enveloped when
   // "IPLX_ACTIVATE_MAPPING_COMPRESSION" was set when the library was loaded.
   static ZANUnicodeString TranslateToString(KOVAMappingTable& table);

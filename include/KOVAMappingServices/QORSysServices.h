@@ -15,8 +15,8 @@
 // Digest of length bytes at data with the algorithm selector (0 = SHA-256). On success *digest
 // is a new buffer of *digestLength bytes. Any other selector, a negative length or a null pointer
 // gives a negative status and leaves the outputs untouched.
-KOVA_EXPORT HRESULT QORSysHash_Digest(int selector, const char* data, std::int32_t length,
-                                      unsigned char** digest, std::int32_t* digestLength);
+KOVA_EXPORT HRESULT QORSysHash_Digest(int selector, const char* data, std::int32_t length, unsigned char** digest,
+                                      std::int32_t* digestLength);
 
 class KOVA_EXPORT QORSysConverter {
  public:

@@ -20,8 +20,8 @@ KOVA_EXPORT std::uint64_t ZANSysCompressBound(std::uint64_t sourceLength);
 // ZANZ_E_OUTOFMEMORY when the compression state cannot be allocated, ZAN_E_INVALIDARG for a null
 // pointer with a non-zero length or a source length beyond the machine's addressable size. On any
 // failure destinationLength is 0 and destination holds nothing usable.
-KOVA_EXPORT HRESULT ZANSysCompress(const unsigned char* source, std::uint64_t sourceLength,
-                                   unsigned char* destination, std::uint64_t& destinationLength);
+KOVA_EXPORT HRESULT ZANSysCompress(const unsigned char* source, std::uint64_t sourceLength, unsigned char* destination,
+                                   std::uint64_t& destinationLength);
 
 // Decompresses a zlib stream into destination of capacity destinationLength; on return
 // destinationLength is the length produced, which may be less than the capacity. Bytes after the

@@ -116,9 +116,7 @@ class KOVA_EXPORT ZANUnicodeString {
     return IsLong() ? std::string_view(Long()) : std::string_view(reinterpret_cast<const char*>(storage_), tag_);
   }
 
-  friend bool operator==(const ZANUnicodeString& a, const ZANUnicodeString& b) noexcept {
-    return a.View() == b.View();
-  }
+  friend bool operator==(const ZANUnicodeString& a, const ZANUnicodeString& b) noexcept { return a.View() == b.View(); }
   friend bool operator<(const ZANUnicodeString& a, const ZANUnicodeString& b) noexcept {
     // string_view compares char_traits<char>, i.e. as unsigned bytes: UTF-8 byte order,
     // which is code point order.
@@ -172,9 +170,7 @@ inline std::ostream& operator<<(std::ostream& out, const ZANUnicodeString& s) { 
 
 template <>
 struct std::hash<ZANUnicodeString> {
-  std::size_t operator()(const ZANUnicodeString& s) const noexcept {
-    return std::hash<std::string_view>{}(s.View());
-  }
+  std::size_t operator()(const ZANUnicodeString& s) const noexcept { return std::hash<std::string_view>{}(s.View()); }
 };
 
 #endif  // KOVAMAPPINGSERVICES_ZANUNICODESTRING_H_

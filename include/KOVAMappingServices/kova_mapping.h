@@ -59,13 +59,13 @@
 #include <stdint.h>
 
 #if defined(_WIN32)
-#  if defined(KOVA_BUILDING_C_LIBRARY)
-#    define KOVA_C_API __declspec(dllexport)
-#  else
-#    define KOVA_C_API __declspec(dllimport)
-#  endif
+#if defined(KOVA_BUILDING_C_LIBRARY)
+#define KOVA_C_API __declspec(dllexport)
 #else
-#  define KOVA_C_API __attribute__((visibility("default")))
+#define KOVA_C_API __declspec(dllimport)
+#endif
+#else
+#define KOVA_C_API __attribute__((visibility("default")))
 #endif
 
 #ifdef __cplusplus
@@ -310,17 +310,16 @@ KOVA_C_API int32_t kova_attributes_set_unset(kova_attributes* attributes, const 
                                              int kind);
 /* Lists of one kind; count may be 0. For strings, lengths may be NULL (every value then
  * NUL-terminated). */
-KOVA_C_API int32_t kova_attributes_set_string_list(kova_attributes* attributes, const char* name,
-                                                   size_t name_length, const char* const* values,
-                                                   const size_t* lengths, size_t count);
-KOVA_C_API int32_t kova_attributes_set_integer_list(kova_attributes* attributes, const char* name,
-                                                    size_t name_length, const int32_t* values, size_t count);
-KOVA_C_API int32_t kova_attributes_set_real_list(kova_attributes* attributes, const char* name,
-                                                 size_t name_length, const double* values, size_t count);
-KOVA_C_API int32_t kova_attributes_set_boolean_list(kova_attributes* attributes, const char* name,
-                                                    size_t name_length, const int* values, size_t count);
-KOVA_C_API int32_t kova_attributes_set_time_list(kova_attributes* attributes, const char* name,
-                                                 size_t name_length, const int64_t* values, size_t count);
+KOVA_C_API int32_t kova_attributes_set_string_list(kova_attributes* attributes, const char* name, size_t name_length,
+                                                   const char* const* values, const size_t* lengths, size_t count);
+KOVA_C_API int32_t kova_attributes_set_integer_list(kova_attributes* attributes, const char* name, size_t name_length,
+                                                    const int32_t* values, size_t count);
+KOVA_C_API int32_t kova_attributes_set_real_list(kova_attributes* attributes, const char* name, size_t name_length,
+                                                 const double* values, size_t count);
+KOVA_C_API int32_t kova_attributes_set_boolean_list(kova_attributes* attributes, const char* name, size_t name_length,
+                                                    const int* values, size_t count);
+KOVA_C_API int32_t kova_attributes_set_time_list(kova_attributes* attributes, const char* name, size_t name_length,
+                                                 const int64_t* values, size_t count);
 
 /* The synchro stamp of the attributes (a bare stamp: base64 of the digest of their canonical
  * text), as KOVASynchroStampServices::ComputeKOVASynchroStamp computes it from a map. KOVA_E_FAIL

@@ -62,8 +62,8 @@ TEST(null_table_arguments) {
 TEST(null_lookup_arguments) {
   kova_table* table = READ_EXAMPLE_DOCUMENT("v8_gearbox.json", KOVA_S_OK);
   int32_t (*const finds[])(kova_table*, const char*, size_t, kova_object**) = {
-      kova_table_find_reference_by_kova_id, kova_table_find_reference_by_plexo_id,
-      kova_table_find_instance_by_kova_id, kova_table_find_instance_by_plexo_id};
+      kova_table_find_reference_by_kova_id, kova_table_find_reference_by_plexo_id, kova_table_find_instance_by_kova_id,
+      kova_table_find_instance_by_plexo_id};
   for (size_t i = 0; i < 4; ++i) {
     kova_object* out = kova_sentinel();
     CHECK_REFUSED(finds[i](NULL, "GBX-100", 7, &out));
@@ -132,9 +132,9 @@ TEST(null_object_getters) {
 
 TEST(null_object_setters) {
   kova_object* instance = kova_make_instance("K", "P", "R");
-  int32_t (*const setters[])(kova_object*, const char*, size_t) = {
-      kova_object_set_kova_id, kova_object_set_plexo_id, kova_object_set_custom_data, kova_object_set_stamp,
-      kova_instance_set_ref_id};
+  int32_t (*const setters[])(kova_object*, const char*, size_t) = {kova_object_set_kova_id, kova_object_set_plexo_id,
+                                                                   kova_object_set_custom_data, kova_object_set_stamp,
+                                                                   kova_instance_set_ref_id};
   for (size_t i = 0; i < sizeof setters / sizeof setters[0]; ++i) {
     CHECK_REFUSED(setters[i](NULL, "x", 1));
     CHECK_REFUSED(setters[i](instance, NULL, 1));
@@ -443,10 +443,16 @@ TEST(nul_bytes_inside_ids) {
 
 TEST(invalid_utf8_ids_hold_replacement_characters) {
   kova_object* object = kova_reference_new();
-  CHECK_STATUS(KOVA_S_OK, kova_object_set_kova_id(object, "a\xFF" "b", 3));
+  CHECK_STATUS(KOVA_S_OK, kova_object_set_kova_id(object,
+                                                  "a\xFF"
+                                                  "b",
+                                                  3));
   size_t length = 0;
   const char* id = kova_object_kova_id(object, &length);
-  CHECK_MEM("a\xEF\xBF\xBD" "b", 5, id, length);
+  CHECK_MEM(
+      "a\xEF\xBF\xBD"
+      "b",
+      5, id, length);
   CHECK_STATUS(KOVA_S_OK, kova_object_set_plexo_id(object, "\x80", 1));
   const char* plexo = kova_object_plexo_id(object, &length);
   CHECK_MEM("\xEF\xBF\xBD", 3, plexo, length);
@@ -582,12 +588,8 @@ TEST(hostile_documents_give_statuses) {
     const char* messages = kova_last_messages();
     int ok = 1;
     switch (c->outcome) {
-      case READ:
-        ok = status == KOVA_S_OK;
-        break;
-      case REFUSED:
-        ok = status < 0 && status != KOVA_E_UNEXPECTED && status != KOVA_E_BOUNDS;
-        break;
+      case READ: ok = status == KOVA_S_OK; break;
+      case REFUSED: ok = status < 0 && status != KOVA_E_UNEXPECTED && status != KOVA_E_BOUNDS; break;
       case BOUNDS:
       case UNEXPECTED:
         /* An error raised inside: its status and text, the table untouched. */
@@ -616,7 +618,10 @@ TEST(nul_escaped_in_a_document_id) {
   /* The id "R\u00001" holds a NUL byte; the getter gives all three bytes. */
   size_t id_length = 0;
   const char* id = kova_object_kova_id(root, &id_length);
-  CHECK_MEM("R\0" "1", 3, id, id_length);
+  CHECK_MEM(
+      "R\0"
+      "1",
+      3, id, id_length);
   CHECK(id[3] == '\0');
   kova_object_release(root);
   kova_table_free(table);

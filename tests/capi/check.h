@@ -53,49 +53,49 @@ static inline void kova_check_print_messages(void) {
 }
 
 /* A condition. */
-#define CHECK(expr)                                   \
-  do {                                                \
-    if (!(expr)) {                                    \
+#define CHECK(expr)                                  \
+  do {                                               \
+    if (!(expr)) {                                   \
       kova_check_fail_at(__FILE__, __LINE__, #expr); \
-      exit(1);                                        \
-    }                                                 \
+      exit(1);                                       \
+    }                                                \
   } while (0)
 
 /* Two integers (compared as long long). */
-#define CHECK_INT(expected, actual)                                                                \
-  do {                                                                                             \
-    const long long kova_e_ = (long long)(expected);                                               \
-    const long long kova_a_ = (long long)(actual);                                                 \
-    if (kova_e_ != kova_a_) {                                                                      \
-      kova_check_fail_at(__FILE__, __LINE__, #actual " == " #expected);                            \
-      fprintf(stderr, "  expected %lld, got %lld\n", kova_e_, kova_a_);                            \
-      exit(1);                                                                                     \
-    }                                                                                              \
+#define CHECK_INT(expected, actual)                                     \
+  do {                                                                  \
+    const long long kova_e_ = (long long)(expected);                    \
+    const long long kova_a_ = (long long)(actual);                      \
+    if (kova_e_ != kova_a_) {                                           \
+      kova_check_fail_at(__FILE__, __LINE__, #actual " == " #expected); \
+      fprintf(stderr, "  expected %lld, got %lld\n", kova_e_, kova_a_); \
+      exit(1);                                                          \
+    }                                                                   \
   } while (0)
 
 /* The status returned by a call. On a mismatch, kova_last_messages() is printed too. */
-#define CHECK_STATUS(expected, call)                                                                        \
-  do {                                                                                                      \
-    const int32_t kova_e_ = (int32_t)(expected);                                                            \
-    const int32_t kova_a_ = (int32_t)(call);                                                                \
-    if (kova_e_ != kova_a_) {                                                                               \
-      kova_check_fail_at(__FILE__, __LINE__, #call " returns " #expected);                                  \
-      fprintf(stderr, "  expected status %ld (0x%08lX), got %ld (0x%08lX)\n", (long)kova_e_,                \
-              (unsigned long)(uint32_t)kova_e_, (long)kova_a_, (unsigned long)(uint32_t)kova_a_);           \
-      kova_check_print_messages();                                                                          \
-      exit(1);                                                                                              \
-    }                                                                                                       \
+#define CHECK_STATUS(expected, call)                                                              \
+  do {                                                                                            \
+    const int32_t kova_e_ = (int32_t)(expected);                                                  \
+    const int32_t kova_a_ = (int32_t)(call);                                                      \
+    if (kova_e_ != kova_a_) {                                                                     \
+      kova_check_fail_at(__FILE__, __LINE__, #call " returns " #expected);                        \
+      fprintf(stderr, "  expected status %ld (0x%08lX), got %ld (0x%08lX)\n", (long)kova_e_,      \
+              (unsigned long)(uint32_t)kova_e_, (long)kova_a_, (unsigned long)(uint32_t)kova_a_); \
+      kova_check_print_messages();                                                                \
+      exit(1);                                                                                    \
+    }                                                                                             \
   } while (0)
 
 /* A status that is a failure (negative). */
-#define CHECK_FAILS(call)                                                                        \
-  do {                                                                                           \
-    const int32_t kova_a_ = (int32_t)(call);                                                     \
-    if (kova_a_ >= 0) {                                                                          \
-      kova_check_fail_at(__FILE__, __LINE__, #call " fails");                                    \
-      fprintf(stderr, "  expected a negative status, got %ld\n", (long)kova_a_);                 \
-      exit(1);                                                                                   \
-    }                                                                                            \
+#define CHECK_FAILS(call)                                                        \
+  do {                                                                           \
+    const int32_t kova_a_ = (int32_t)(call);                                     \
+    if (kova_a_ >= 0) {                                                          \
+      kova_check_fail_at(__FILE__, __LINE__, #call " fails");                    \
+      fprintf(stderr, "  expected a negative status, got %ld\n", (long)kova_a_); \
+      exit(1);                                                                   \
+    }                                                                            \
   } while (0)
 
 /* Bytes: `actual` (actual_length bytes, NULL fails) equals `expected` (expected_length bytes). */
@@ -113,40 +113,41 @@ static inline void kova_check_bytes(const char* file, int line, const char* what
   }
 }
 
-#define CHECK_MEM(expected, expected_length, actual, actual_length) \
-  kova_check_bytes(__FILE__, __LINE__, #actual " == " #expected, (expected), (expected_length), (actual), (actual_length))
+#define CHECK_MEM(expected, expected_length, actual, actual_length)                                       \
+  kova_check_bytes(__FILE__, __LINE__, #actual " == " #expected, (expected), (expected_length), (actual), \
+                   (actual_length))
 
 /* Two NUL-terminated texts; a NULL actual fails. */
-#define CHECK_STR(expected, actual)                                                                  \
-  do {                                                                                               \
-    const char* kova_e_ = (expected);                                                                \
-    const char* kova_a_ = (actual);                                                                  \
+#define CHECK_STR(expected, actual)                                                                   \
+  do {                                                                                                \
+    const char* kova_e_ = (expected);                                                                 \
+    const char* kova_a_ = (actual);                                                                   \
     kova_check_bytes(__FILE__, __LINE__, #actual " == " #expected, kova_e_, strlen(kova_e_), kova_a_, \
-                     kova_a_ != NULL ? strlen(kova_a_) : 0);                                         \
+                     kova_a_ != NULL ? strlen(kova_a_) : 0);                                          \
   } while (0)
 
 /* A text handed out with its length: the length agrees with the text, which is NUL-terminated. */
-#define CHECK_TEXT(expected, text, length)                                                     \
-  do {                                                                                         \
-    const char* kova_t_ = (text);                                                              \
-    CHECK(kova_t_ != NULL);                                                                    \
-    CHECK_MEM((expected), strlen(expected), kova_t_, (length));                                \
-    CHECK(kova_t_[(length)] == '\0');                                                          \
+#define CHECK_TEXT(expected, text, length)                      \
+  do {                                                          \
+    const char* kova_t_ = (text);                               \
+    CHECK(kova_t_ != NULL);                                     \
+    CHECK_MEM((expected), strlen(expected), kova_t_, (length)); \
+    CHECK(kova_t_[(length)] == '\0');                           \
   } while (0)
 
 /* The messages of the last call that returns a status. */
 #define CHECK_MESSAGES(expected) CHECK_STR((expected), kova_last_messages())
 
 /* A refused argument: KOVA_E_INVALIDARG, and kova_last_messages() says why, in whole lines. */
-#define CHECK_REFUSED(call)                                                                \
-  do {                                                                                     \
-    CHECK_STATUS(KOVA_E_INVALIDARG, call);                                                 \
-    const char* kova_m_ = kova_last_messages();                                            \
-    if (kova_m_ == NULL || kova_m_[0] == '\0' || kova_m_[strlen(kova_m_) - 1] != '\n') {   \
-      kova_check_fail_at(__FILE__, __LINE__, #call ": a message ending in a line break");  \
-      kova_check_print_messages();                                                         \
-      exit(1);                                                                             \
-    }                                                                                      \
+#define CHECK_REFUSED(call)                                                               \
+  do {                                                                                    \
+    CHECK_STATUS(KOVA_E_INVALIDARG, call);                                                \
+    const char* kova_m_ = kova_last_messages();                                           \
+    if (kova_m_ == NULL || kova_m_[0] == '\0' || kova_m_[strlen(kova_m_) - 1] != '\n') {  \
+      kova_check_fail_at(__FILE__, __LINE__, #call ": a message ending in a line break"); \
+      kova_check_print_messages();                                                        \
+      exit(1);                                                                            \
+    }                                                                                     \
   } while (0)
 
 /* ---- Runner ---------------------------------------------------------------------------------- */
@@ -192,10 +193,10 @@ static inline int kova_run_tests(const kova_test_case* cases, size_t count, int 
 
 /* The folders of the test documents and of the example documents (set by tests/capi.cmake). */
 #ifndef KOVA_TEST_DOCUMENTS
-#  error "KOVA_TEST_DOCUMENTS must name tests/data/documents"
+#error "KOVA_TEST_DOCUMENTS must name tests/data/documents"
 #endif
 #ifndef KOVA_EXAMPLE_DOCUMENTS
-#  error "KOVA_EXAMPLE_DOCUMENTS must name examples/documents"
+#error "KOVA_EXAMPLE_DOCUMENTS must name examples/documents"
 #endif
 
 /* A whole file, NUL-terminated, its length without the NUL in *length. Freed with free(). */
@@ -288,7 +289,8 @@ static inline void kova_check_iteration(const char* file, int line, kova_iterato
                                         const char* const* expected, size_t count) {
   if (iterator == NULL || kova_iterator_count(iterator) != count) {
     kova_check_fail_at(file, line, "iterator count");
-    fprintf(stderr, "  expected %zu objects, got %zu\n", count, iterator == NULL ? (size_t)0 : kova_iterator_count(iterator));
+    fprintf(stderr, "  expected %zu objects, got %zu\n", count,
+            iterator == NULL ? (size_t)0 : kova_iterator_count(iterator));
     exit(1);
   }
   for (size_t i = 0; i < count; ++i) {
@@ -315,11 +317,11 @@ static inline void kova_check_iteration(const char* file, int line, kova_iterato
   }
 }
 
-#define CHECK_ITERATION(iterator, ...)                                                         \
-  do {                                                                                         \
-    static const char* const kova_expected_[] = {__VA_ARGS__};                                 \
-    kova_check_iteration(__FILE__, __LINE__, (iterator), kova_expected_,                       \
-                         sizeof kova_expected_ / sizeof kova_expected_[0]);                    \
+#define CHECK_ITERATION(iterator, ...)                                      \
+  do {                                                                      \
+    static const char* const kova_expected_[] = {__VA_ARGS__};              \
+    kova_check_iteration(__FILE__, __LINE__, (iterator), kova_expected_,    \
+                         sizeof kova_expected_ / sizeof kova_expected_[0]); \
   } while (0)
 
 /* A new reference or instance with its texts set (NUL-terminated), stamp as given. */
@@ -345,11 +347,11 @@ static inline kova_object* kova_make_instance(const char* kova_id, const char* p
 }
 
 /* The kOVA id of an object equals `expected`. */
-#define CHECK_KOVA_ID(expected, object)                                        \
-  do {                                                                         \
-    size_t kova_l_ = 0;                                                        \
-    const char* kova_i_ = kova_object_kova_id((object), &kova_l_);             \
-    CHECK_MEM((expected), strlen(expected), kova_i_, kova_l_);                 \
+#define CHECK_KOVA_ID(expected, object)                            \
+  do {                                                             \
+    size_t kova_l_ = 0;                                            \
+    const char* kova_i_ = kova_object_kova_id((object), &kova_l_); \
+    CHECK_MEM((expected), strlen(expected), kova_i_, kova_l_);     \
   } while (0)
 
 #endif /* KOVA_TESTS_CAPI_CHECK_H_ */

@@ -15,7 +15,7 @@ typedef struct {
   const char* expected_messages;
   const char* const* expected_lines; /* the messages of the reasons, in order */
   int line_count;
-  const char* expected_context;      /* the context of every reason */
+  const char* expected_context; /* the context of every reason */
   int lines_received;
   int wrong_lines;
   int wrong_statuses;
@@ -67,8 +67,8 @@ static const char* const kVersion13Lines[] = {"UNSUPPORTED VERSION ( version > 1
 TEST(messages_never_mixed) {
   char* broken = kova_example_document("broken_v11.json", NULL);
   reader_state states[2] = {
-      {broken, "UNVALUATED MANDATORY FIELD IsLocal\nUNVALUATED MANDATORY FIELD KOVASynchroStamp\n",
-       kBrokenLines, 2, "UNVALUATED MANDATORY FIELD", 0, 0, 0, 0, ""},
+      {broken, "UNVALUATED MANDATORY FIELD IsLocal\nUNVALUATED MANDATORY FIELD KOVASynchroStamp\n", kBrokenLines, 2,
+       "UNVALUATED MANDATORY FIELD", 0, 0, 0, 0, ""},
       {kVersion13, "UNSUPPORTED VERSION ( version > 11 )\n", kVersion13Lines, 1, "", 0, 0, 0, 0, ""},
   };
   pthread_t threads[2];
@@ -103,8 +103,7 @@ static void* read_and_write(void* argument) {
     char* written = NULL;
     size_t written_length = 0;
     if (kova_table_read(table, text, length) != KOVA_S_OK || kova_table_reference_count(table) != state->references ||
-        kova_table_write(table, round % 2, &written, &written_length) != KOVA_S_OK ||
-        kova_last_messages()[0] != '\0') {
+        kova_table_write(table, round % 2, &written, &written_length) != KOVA_S_OK || kova_last_messages()[0] != '\0') {
       ++state->failures;
     }
     kova_table* copy = kova_table_new();

@@ -120,8 +120,8 @@ TEST(unpack_size_zero_fails) {
 }
 
 TEST(unpack_size_beyond_32_bits_fails) {
-  const char* const envelopes[] = {"V12:2147483648:eJwDAAAAAAE=", "V12:99999999999:eJwDAAAAAAE=",
-                                   "V12:99999999999999999999999999:eJwDAAAAAAE="};
+  const char* const envelopes[] = {
+      "V12:2147483648:eJwDAAAAAAE=", "V12:99999999999:eJwDAAAAAAE=", "V12:99999999999999999999999999:eJwDAAAAAAE="};
   for (size_t i = 0; i < sizeof envelopes / sizeof envelopes[0]; ++i) {
     CHECK_INT(KOVA_E_BOUNDS, unpack_fails(envelopes[i], KOVA_NUL_TERMINATED));
     /* The error's text. */

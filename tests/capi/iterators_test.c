@@ -30,8 +30,7 @@ TEST(content_in_document_order) {
   kova_table* table = READ_EXAMPLE_DOCUMENT("v8_gearbox.json", KOVA_S_OK);
   kova_iterator* iterator = NULL;
   CHECK_STATUS(KOVA_S_OK, kova_table_content(table, &iterator));
-  CHECK_ITERATION(iterator, "GBX-100", "SHF-210.1", "GR-311.1", "GR-311.2", "SHF-210", "DIN6885-A6x6x20.1",
-                  "GR-311");
+  CHECK_ITERATION(iterator, "GBX-100", "SHF-210.1", "GR-311.1", "GR-311.2", "SHF-210", "DIN6885-A6x6x20.1", "GR-311");
   kova_iterator_free(iterator);
   kova_table_free(table);
 }

@@ -4,7 +4,7 @@
 #include <ctype.h>
 
 #ifndef KOVA_EXPECTED_VERSION
-#  error "KOVA_EXPECTED_VERSION must be the project's version"
+#error "KOVA_EXPECTED_VERSION must be the project's version"
 #endif
 
 static const char kEmptyOrInvalid[] = "KOVA JSON EMPTY OR INVALID\n";

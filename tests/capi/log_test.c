@@ -53,9 +53,7 @@ static int32_t read_example(const char* name) {
   return status;
 }
 
-static void remove_callback(void) {
-  CHECK_STATUS(KOVA_S_OK, kova_log_set_callback(NULL, NULL, KOVA_LOG_REASONS));
-}
+static void remove_callback(void) { CHECK_STATUS(KOVA_S_OK, kova_log_set_callback(NULL, NULL, KOVA_LOG_REASONS)); }
 
 TEST(inactive_without_callback_or_switch) {
   CHECK(getenv("ActivateKOVALogger") == NULL);

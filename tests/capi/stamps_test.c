@@ -22,13 +22,13 @@ static const char kScalars[] = "QLwFYdsb/r3PdqjOHc644LyMeo5QkgG48Ewyqwdwvf8=";
 static const char kAB[] = "48j5oIe8+7rOK38P3qy2MubFB+Q+zTh44bWQqbhWPug=";
 
 /* A text handed out by a stamp text function, checked and freed. */
-#define CHECK_HANDED(expected, call_with_out)            \
-  do {                                                   \
-    char* out = NULL;                                    \
-    size_t out_length = 0;                               \
-    CHECK_STATUS(KOVA_S_OK, call_with_out);              \
-    CHECK_TEXT((expected), out, out_length);             \
-    kova_free(out);                                      \
+#define CHECK_HANDED(expected, call_with_out) \
+  do {                                        \
+    char* out = NULL;                         \
+    size_t out_length = 0;                    \
+    CHECK_STATUS(KOVA_S_OK, call_with_out);   \
+    CHECK_TEXT((expected), out, out_length);  \
+    kova_free(out);                           \
   } while (0)
 
 /* ---- Stamp texts ----------------------------------------------------------------------------- */

@@ -267,8 +267,13 @@ TEST(read_version_12) {
 TEST(read_version_12_with_byte_order_mark) {
   kova_table* table = READ_TEST_DOCUMENT("bom_v12.json", KOVA_S_OK);
   check_counts(table, 1, 1, 12);
-  check_root(table, "R\xC3\xA9" "f-1");
-  check_object(table, "R\xC3\xA9" "f-1", KOVA_REFERENCE, "P\xE2\x82\xAC", "s", 2, 0, "\xE6\x97\xA5\xE6\x9C\xAC", NULL);
+  check_root(table,
+             "R\xC3\xA9"
+             "f-1");
+  check_object(table,
+               "R\xC3\xA9"
+               "f-1",
+               KOVA_REFERENCE, "P\xE2\x82\xAC", "s", 2, 0, "\xE6\x97\xA5\xE6\x9C\xAC", NULL);
   kova_table_free(table);
 }
 
@@ -726,8 +731,8 @@ TEST(find_references_by_both_ids) {
   kova_object* by_plexo = NULL;
   CHECK_STATUS(KOVA_S_OK, kova_table_find_reference_by_kova_id(table, "GR-311", 6, &by_kova));
   CHECK_MESSAGES("");
-  CHECK_STATUS(KOVA_S_OK, kova_table_find_reference_by_plexo_id(table, "prd-e4d206b0eb78709b",
-                                                                KOVA_NUL_TERMINATED, &by_plexo));
+  CHECK_STATUS(KOVA_S_OK,
+               kova_table_find_reference_by_plexo_id(table, "prd-e4d206b0eb78709b", KOVA_NUL_TERMINATED, &by_plexo));
   CHECK_INT(KOVA_REFERENCE, kova_object_kind(by_kova));
   CHECK_KOVA_ID("GR-311", by_plexo);
   CHECK_INT(1, kova_object_shares(by_kova, by_plexo));
@@ -740,8 +745,8 @@ TEST(find_instances_by_both_ids) {
   kova_table* table = READ_EXAMPLE_DOCUMENT("v8_gearbox.json", KOVA_S_OK);
   kova_object* by_kova = NULL;
   kova_object* by_plexo = NULL;
-  CHECK_STATUS(KOVA_S_OK, kova_table_find_instance_by_kova_id(table, "DIN6885-A6x6x20.1", KOVA_NUL_TERMINATED,
-                                                              &by_kova));
+  CHECK_STATUS(KOVA_S_OK,
+               kova_table_find_instance_by_kova_id(table, "DIN6885-A6x6x20.1", KOVA_NUL_TERMINATED, &by_kova));
   CHECK_STATUS(KOVA_S_OK, kova_table_find_instance_by_plexo_id(table, "ins-0089adb2ddf37e7e", 20, &by_plexo));
   CHECK_INT(KOVA_INSTANCE, kova_object_kind(by_plexo));
   CHECK_KOVA_ID("DIN6885-A6x6x20.1", by_plexo);

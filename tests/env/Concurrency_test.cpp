@@ -129,7 +129,8 @@ TEST(ConcurrentWork, CapturesOfThreadsReadingDocumentsNeverMix) {
     reasons[i] = capture.Reasons();
   });
   for (int i = 0; i < kThreads; ++i) {
-    const std::string expected = i % 2 == 0 ? "UNVALUATED MANDATORY FIELD IsLocal" : "UNVALUATED MANDATORY FIELD PlexoId";
+    const std::string expected =
+        i % 2 == 0 ? "UNVALUATED MANDATORY FIELD IsLocal" : "UNVALUATED MANDATORY FIELD PlexoId";
     ASSERT_EQ(reasons[i].size(), 30u) << i;
     for (const std::string& reason : reasons[i]) EXPECT_EQ(reason, expected) << i;
   }

@@ -122,8 +122,8 @@ TEST(EnvelopeAllocationFailure, FailedCompressionStillBuildsTheEnvelope) {
     // The base64 text of the empty result succeeds, and that is the status returned.
     EXPECT_EQ(status, S_OK);
     EXPECT_EQ(out.ConvertToChar(), "V12:5:");
-    EXPECT_EQ(log, LogLines({"COMPRESSION FAILED", "PRESSED SIZE IS: ", "COMPRESSED SIZE IS: ", "COMPRESSED STRING:",
-                             "V12:5:"}));
+    EXPECT_EQ(log, LogLines({"COMPRESSION FAILED",
+                             "PRESSED SIZE IS: ", "COMPRESSED SIZE IS: ", "COMPRESSED STRING:", "V12:5:"}));
     // Such an envelope does not open.
     ZANUnicodeString text = out;
     kova::test::StdoutCapture second;

@@ -86,29 +86,20 @@ ZlibOutcome ZlibUncompress(const std::string& stream, std::size_t capacity) {
 // The status that stands for each result of zlib's uncompress.
 HRESULT StatusOf(int zlibResult) {
   switch (zlibResult) {
-    case Z_OK:
-      return S_OK;
-    case Z_MEM_ERROR:
-      return ZANZ_E_OUTOFMEMORY;
-    case Z_BUF_ERROR:
-      return ZANZ_E_INSUFFICIENTBUFFER;
-    case Z_DATA_ERROR:
-      return ZANZ_E_BADDATA;
-    default:
-      ADD_FAILURE() << "uncompress gave " << zlibResult;
-      return E_FAIL;
+    case Z_OK: return S_OK;
+    case Z_MEM_ERROR: return ZANZ_E_OUTOFMEMORY;
+    case Z_BUF_ERROR: return ZANZ_E_INSUFFICIENTBUFFER;
+    case Z_DATA_ERROR: return ZANZ_E_BADDATA;
+    default: ADD_FAILURE() << "uncompress gave " << zlibResult; return E_FAIL;
   }
 }
 
 // The name the envelope logs for a failed decompression.
 std::string NameOf(int zlibResult) {
   switch (zlibResult) {
-    case Z_MEM_ERROR:
-      return "ZANZ_E_OUTOFMEMORY";
-    case Z_BUF_ERROR:
-      return "ZANZ_E_INSUFFICIENTBUFFER";
-    default:
-      return "ZANZ_E_BADDATA";
+    case Z_MEM_ERROR: return "ZANZ_E_OUTOFMEMORY";
+    case Z_BUF_ERROR: return "ZANZ_E_INSUFFICIENTBUFFER";
+    default: return "ZANZ_E_BADDATA";
   }
 }
 
@@ -120,8 +111,8 @@ struct Sample {
 };
 
 std::vector<Sample> Samples() {
-  const std::vector<std::size_t> sizes = {1,    2,    5,    17,   40,    63,    100,   180,    300,    512,
-                                          777,  1000, 1500, 2300, 3000,  4096,  5500,  7000,   9000,   12000,
+  const std::vector<std::size_t> sizes = {1,     2,     5,     17,    40,    63,     100,    180,   300,  512,
+                                          777,   1000,  1500,  2300,  3000,  4096,   5500,   7000,  9000, 12000,
                                           20000, 33000, 47000, 65000, 80000, 150000, 260000, 400000};
   std::vector<Sample> samples;
   std::uint32_t seed = 1000;
@@ -130,21 +121,11 @@ std::vector<Sample> Samples() {
     const int variant = static_cast<int>(seed % 5);
     std::string stream;
     switch (variant) {
-      case 0:
-        stream = ServiceCompress(document);
-        break;
-      case 1:
-        stream = ZlibCompress(document, 1);
-        break;
-      case 2:
-        stream = ZlibCompress(document, 9);
-        break;
-      case 3:
-        stream = size <= 20000 ? ZlibCompress(document, 0) : ZlibCompress(document, 6);
-        break;
-      default:
-        stream = ZlibCompress(document, 6);
-        break;
+      case 0: stream = ServiceCompress(document); break;
+      case 1: stream = ZlibCompress(document, 1); break;
+      case 2: stream = ZlibCompress(document, 9); break;
+      case 3: stream = size <= 20000 ? ZlibCompress(document, 0) : ZlibCompress(document, 6); break;
+      default: stream = ZlibCompress(document, 6); break;
     }
     samples.push_back({document, stream});
   }
@@ -171,7 +152,8 @@ std::string Damage(const std::string& stream, std::mt19937& rng) {
       flip(out, at(out.size()));
       break;
     case 3:  // one bit in the header or the checksum
-      flip(out, rng() % 2 == 0 ? at(std::min<std::size_t>(out.size(), 2)) : out.size() - 1 - at(std::min<std::size_t>(out.size(), 4)));
+      flip(out, rng() % 2 == 0 ? at(std::min<std::size_t>(out.size(), 2))
+                               : out.size() - 1 - at(std::min<std::size_t>(out.size(), 4)));
       break;
     case 4:  // several bits
       for (std::uint32_t n = 2 + rng() % 6; n > 0; --n) flip(out, at(out.size()));
@@ -213,25 +195,16 @@ std::string Damage(const std::string& stream, std::mt19937& rng) {
 // A capacity around the real size n: below, at or above it, and the extremes.
 std::size_t Capacity(std::size_t n, std::mt19937& rng) {
   switch (rng() % 10) {
-    case 0:
-      return rng() % 8 == 0 ? 0 : 1;
-    case 1:
-      return n == 0 ? 0 : n - 1;
+    case 0: return rng() % 8 == 0 ? 0 : 1;
+    case 1: return n == 0 ? 0 : n - 1;
     case 2:
-    case 3:
-      return n;
-    case 4:
-      return n + 1;
-    case 5:
-      return n + 1 + rng() % 1000;
-    case 6:
-      return n / 2;
-    case 7:
-      return n == 0 ? 0 : rng() % n;
-    case 8:
-      return 2 * n + 3;
-    default:
-      return n > 10 ? n - 1 - rng() % std::min<std::size_t>(n - 1, 64) : n;
+    case 3: return n;
+    case 4: return n + 1;
+    case 5: return n + 1 + rng() % 1000;
+    case 6: return n / 2;
+    case 7: return n == 0 ? 0 : rng() % n;
+    case 8: return 2 * n + 3;
+    default: return n > 10 ? n - 1 - rng() % std::min<std::size_t>(n - 1, 64) : n;
   }
 }
 
@@ -260,15 +233,16 @@ TEST(EnvelopeDamage, ServiceAnswersAsZlibUncompress) {
       std::vector<unsigned char> target(std::max<std::size_t>(capacity, 1));
       std::uint64_t length = capacity;
       const HRESULT status = ZANSysUncompress(In(damaged), damaged.size(), target.data(), length);
-      const std::string produced(reinterpret_cast<const char*>(target.data()), std::min<std::uint64_t>(length, capacity));
-      const bool agrees = status == StatusOf(expected.result) &&
-                          (expected.result == Z_OK ? length == expected.bytes.size() && produced == expected.bytes
-                                                   : length == 0);
+      const std::string produced(reinterpret_cast<const char*>(target.data()),
+                                 std::min<std::uint64_t>(length, capacity));
+      const bool agrees =
+          status == StatusOf(expected.result) &&
+          (expected.result == Z_OK ? length == expected.bytes.size() && produced == expected.bytes : length == 0);
       if (!agrees && ++mismatches <= 10) {
         ADD_FAILURE() << "sample " << s << " (" << sample.document.size() << " bytes), case " << c << ": stream of "
                       << damaged.size() << " bytes into " << capacity << ": zlib " << expected.result << " ("
-                      << expected.bytes.size() << " bytes), service 0x" << std::hex << static_cast<std::uint32_t>(status)
-                      << std::dec << " (" << length << " bytes)";
+                      << expected.bytes.size() << " bytes), service 0x" << std::hex
+                      << static_cast<std::uint32_t>(status) << std::dec << " (" << length << " bytes)";
       }
     }
   }
@@ -329,8 +303,7 @@ TEST(EnvelopeDamage, EnvelopeStatusAndLinesFollowZlibUncompress) {
           version = "9";
           sizeText = std::to_string(n);
           break;
-        default:
-          break;
+        default: break;
       }
       const std::string envelope = "V" + version + ":" + sizeText + ":" + payload;
       const std::optional<std::uint64_t> declared = DeclaredSize(version, sizeText);

@@ -78,8 +78,9 @@ TEST(EnvelopePrefixMatch, AgreesWithTheRegexOnEveryShortSequence) {
 }
 
 TEST(EnvelopePrefixMatch, AgreesWithTheRegexOnLongerRandomTexts) {
-  const std::vector<std::string> tokens = {"V", "V", "V", "1", "2", "9", "0", "00", ":", ":", ":", "a", "v",
-                                           "x", "\xC3\xA9", "\xE2\x82\xAC", " ", "12", "V12:", "V1:", "::"};
+  const std::vector<std::string> tokens = {"V", "V",  "V",    "1",   "2", "9", "0",        "00",
+                                           ":", ":",  ":",    "a",   "v", "x", "\xC3\xA9", "\xE2\x82\xAC",
+                                           " ", "12", "V12:", "V1:", "::"};
   std::mt19937 rng(7);
   std::uniform_int_distribution<std::size_t> pickToken(0, tokens.size() - 1);
   std::uniform_int_distribution<int> pickLength(0, 60);
@@ -114,10 +115,9 @@ TEST(EnvelopePrefixMatch, OnlyAsciiDigitsAndColonsCount) {
 
 TEST(EnvelopePrefixMatch, ChosenTexts) {
   Tally tally;
-  for (const char* s :
-       {"V1:2:", "V12:1234:", "V9:1234:", "VV1:2:", "V1:2V3:4:", "V:1:2:", "V1::2:", "V1:2", "V1:2:3:", "V1:V2:3:",
-        "V12:3V4:5:", "aV12:0:", "V0:0:", "\xC3\xA9\xC3\xA9V12:5:abc", "V1234:5:", "V123:45:", "V12::",
-        "{\"a\":\"V1:23:xyz\"}", "V1:2:V3:4:"}) {
+  for (const char* s : {"V1:2:", "V12:1234:", "V9:1234:", "VV1:2:", "V1:2V3:4:", "V:1:2:", "V1::2:", "V1:2",
+                        "V1:2:3:", "V1:V2:3:", "V12:3V4:5:", "aV12:0:", "V0:0:", "\xC3\xA9\xC3\xA9V12:5:abc",
+                        "V1234:5:", "V123:45:", "V12::", "{\"a\":\"V1:23:xyz\"}", "V1:2:V3:4:"}) {
     tally.Check(s);
   }
   EXPECT_TRUE(tally.differences.empty()) << tally.Report();

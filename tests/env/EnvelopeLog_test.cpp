@@ -64,10 +64,14 @@ TEST(EnvelopeLog, FiveByteTextLogsTheLabelFromPositionFive) {
   ASSERT_EQ(written.envelope.substr(0, 6), "V12:5:");
   const std::size_t compressed = Base64Decode(PayloadOf(written.envelope))->size();
   // "UNCOMPRESSED SIZE IS: " from position 5 (the sixth character, "P").
-  EXPECT_EQ(written.log, "[PrdKOVALog]PRESSED SIZE IS: \n"
-                         "[PrdKOVALog]" + AdvancedLabel(kCompressed, compressed) + "\n"
-                         "[PrdKOVALog]COMPRESSED STRING:\n"
-                         "[PrdKOVALog]" + written.envelope + "\n");
+  EXPECT_EQ(written.log,
+            "[PrdKOVALog]PRESSED SIZE IS: \n"
+            "[PrdKOVALog]" +
+                AdvancedLabel(kCompressed, compressed) +
+                "\n"
+                "[PrdKOVALog]COMPRESSED STRING:\n"
+                "[PrdKOVALog]" +
+                written.envelope + "\n");
 }
 
 TEST(EnvelopeLog, SizeLinesAroundTheEndsOfTheLabels) {

@@ -18,8 +18,7 @@
 
 namespace kova::test {
 
-inline constexpr std::string_view kBase64Alphabet =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+inline constexpr std::string_view kBase64Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 // RFC 4648 base64 with "=" padding.
 inline std::string Base64Encode(std::string_view bytes) {

@@ -26,7 +26,8 @@ const unsigned char* In(const std::string& s) { return reinterpret_cast<const un
 
 std::vector<std::string> Documents() {
   std::string big = "{\"version\":12,\"references\":[";
-  for (int i = 0; i < 20000; ++i) big += "{\"kOVAId\":\"K" + std::to_string(i) + "\",\"PlexoId\":\"P" + std::to_string(i) + "\"},";
+  for (int i = 0; i < 20000; ++i)
+    big += "{\"kOVAId\":\"K" + std::to_string(i) + "\",\"PlexoId\":\"P" + std::to_string(i) + "\"},";
   big += "{}]}";
   return {"x", "{\"version\":12,\"references\":[]}", "\xC3\xA9t\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80", big,
           RandomText(200000, "abcdefghijklmnopqrstuvwxyz{}\":,0123456789", 1)};
@@ -84,7 +85,8 @@ struct Opened {
 Opened ServiceUncompress(const std::string& stream, std::size_t capacity) {
   std::string out(capacity, '\0');
   std::uint64_t length = capacity;
-  const HRESULT status = ZANSysUncompress(In(stream), stream.size(), reinterpret_cast<unsigned char*>(out.data()), length);
+  const HRESULT status =
+      ZANSysUncompress(In(stream), stream.size(), reinterpret_cast<unsigned char*>(out.data()), length);
   out.resize(length);
   return {status, out};
 }
@@ -106,7 +108,8 @@ TEST(EnvelopeZlib, EnvelopeOpensWithZlibUncompress) {
 TEST(EnvelopeZlib, ZlibPayloadOpensAsAnEnvelope) {
   for (const std::string& document : Documents()) {
     for (const int level : {Z_DEFAULT_COMPRESSION, 0, 1, 9}) {
-      ZANUnicodeString text("V12:" + std::to_string(document.size()) + ":" + Base64Encode(ZlibCompress(document, level)));
+      ZANUnicodeString text("V12:" + std::to_string(document.size()) + ":" +
+                            Base64Encode(ZlibCompress(document, level)));
       EXPECT_EQ(KOVAMappingParser::TryDecompressMT(text), S_OK) << level;
       EXPECT_TRUE(text.ConvertToChar() == document) << document.size() << " at level " << level;
     }
@@ -114,7 +117,8 @@ TEST(EnvelopeZlib, ZlibPayloadOpensAsAnEnvelope) {
 }
 
 TEST(EnvelopeZlib, ServiceOutputOpensWithZlib) {
-  for (const std::string& data : {std::string(), std::string(1, '\0'), RandomBytes(100000, 2), std::string(300000, 'z')}) {
+  for (const std::string& data :
+       {std::string(), std::string(1, '\0'), RandomBytes(100000, 2), std::string(300000, 'z')}) {
     std::string stream(ZANSysCompressBound(data.size()), '\0');
     std::uint64_t length = stream.size();
     ASSERT_EQ(ZANSysCompress(In(data), data.size(), reinterpret_cast<unsigned char*>(stream.data()), length), S_OK);

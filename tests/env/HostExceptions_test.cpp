@@ -9,9 +9,9 @@
 #include <KOVAMappingServices/KOVASynchroStampServices.h>
 #include <KOVAMappingServices/ZANKnowledge.h>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -28,8 +28,8 @@ namespace {
 TEST(HostExceptions, SwitchesAreAsRegistered) { ASSERT_TRUE(KOVALogger::IsActive()); }
 
 TEST(HostExceptions, SizeBeyond32BitsRaisesOutOfRangeAndKeepsTheText) {
-  for (const std::string input : {"V12:2147483648:eJwDAAAAAAE=", "V12:99999999999999999999999999999:abc",
-                                  "{\"x\":\"V12:4294967296:\"}"}) {
+  for (const std::string input :
+       {"V12:2147483648:eJwDAAAAAAE=", "V12:99999999999999999999999999999:abc", "{\"x\":\"V12:4294967296:\"}"}) {
     ZANUnicodeString text(input);
     EXPECT_THROW(KOVAMappingParser::TryDecompressMT(text), std::out_of_range) << input;
     EXPECT_EQ(text.ConvertToChar(), input);
@@ -51,8 +51,9 @@ TEST(HostExceptions, ConversionFailuresLeaveTheReaderBeforeTheTableIsTouched) {
   KOVAMappingTable table;
   KOVAPrivateAccess::GetPrivate(table)->SetVersion(-42);
   kova::test::StdoutCapture capture;
-  EXPECT_THROW(KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString("V12:2147483648:eJwDAAAAAAE="), owner, table),
-               std::out_of_range);
+  EXPECT_THROW(
+      KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString("V12:2147483648:eJwDAAAAAAE="), owner, table),
+      std::out_of_range);
   EXPECT_THROW(KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString("V9:1:abcd"), owner, table),
                std::invalid_argument);
   EXPECT_EQ(capture.Stop(), "");

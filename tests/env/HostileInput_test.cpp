@@ -49,8 +49,8 @@ void PrintTo(const HostileCase& c, std::ostream* out) { *out << c.name; }
 
 // Outcomes named after the failure tables.
 Outcome Untouched(HRESULT status) { return Outcome{status, Raises::Nothing, false, kUntouchedVersion, 0, {}}; }
-Outcome NotLoaded() { return Untouched(ZAN_E_INVALIDDATA); }                 // LoadFromString refuses it
-Outcome EmptyOrNotObject() { return Untouched(E_FAIL); }                     // "KOVA JSON EMPTY OR INVALID"
+Outcome NotLoaded() { return Untouched(ZAN_E_INVALIDDATA); }  // LoadFromString refuses it
+Outcome EmptyOrNotObject() { return Untouched(E_FAIL); }      // "KOVA JSON EMPTY OR INVALID"
 Outcome Raising(Raises raises) { return Outcome{S_OK, raises, false, kUntouchedVersion, 0, {}}; }
 Outcome VersionUnreadable(HRESULT getter) { return Outcome{getter, Raises::Nothing, true, kUntouchedVersion, 0, {}}; }
 Outcome Refused(HRESULT status, int version, std::size_t references = 0) {
@@ -63,7 +63,8 @@ Outcome Read(int version, std::size_t references, std::function<void(KOVAMapping
 KOVAMappingReference FirstReference(KOVAMappingTable& table) { return table.GetReferences().front(); }
 
 std::function<void(KOVAMappingTable&)> KovaIdIs(std::string expected) {
-  return [expected](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetKOVAID().ConvertToChar(), expected); };
+  return
+      [expected](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetKOVAID().ConvertToChar(), expected); };
 }
 
 // An id made of prefix and then one or more U+FFFD: what an ill-formed UTF-8 sequence becomes.
@@ -124,7 +125,11 @@ std::vector<HostileCase> FileCases() {
       {"nul_after", file("nul_after.json"), NotLoaded()},
       {"nul_in_key", file("nul_in_key.json"), NotLoaded()},
       {"nul_in_value", file("nul_in_value.json"), NotLoaded()},
-      {"nul_escaped_in_id", file("nul_escaped_in_id.json"), Read(12, 1, KovaIdIs(std::string("R\0" "1", 3)))},
+      {"nul_escaped_in_id", file("nul_escaped_in_id.json"),
+       Read(12, 1,
+            KovaIdIs(std::string("R\0"
+                                 "1",
+                                 3)))},
       {"duplicate_version", file("duplicate_version.json"), Read(12, 0)},
       {"duplicate_version_last_bad", file("duplicate_version_last_bad.json"), VersionUnreadable(ZAN_E_TYPEMISMATCH)},
       {"duplicate_references", file("duplicate_references.json"), Read(12, 1, KovaIdIs("R"))},
@@ -138,10 +143,12 @@ std::vector<HostileCase> FileCases() {
       {"utf8_value_lone_continuation", file("utf8_value_lone_continuation.json"),
        Read(12, 1, ReplacedAfter("P", true))},
       {"utf8_stamp_bad_byte", file("utf8_stamp_bad_byte.json"),
-       Read(12, 1, [](KOVAMappingTable& table) {
-         EXPECT_EQ(KOVAPrivateAccess::GetPrivate(FirstReference(table))->GetKSStamp().ConvertToChar(), "\xEF\xBF\xBD");
-         EXPECT_EQ(KOVAPrivateAccess::GetPrivate(FirstReference(table))->GetKSSVersion(), 1);
-       })},
+       Read(12, 1,
+            [](KOVAMappingTable& table) {
+              EXPECT_EQ(KOVAPrivateAccess::GetPrivate(FirstReference(table))->GetKSStamp().ConvertToChar(),
+                        "\xEF\xBF\xBD");
+              EXPECT_EQ(KOVAPrivateAccess::GetPrivate(FirstReference(table))->GetKSSVersion(), 1);
+            })},
       {"utf8_version_key_bad_byte", file("utf8_version_key_bad_byte.json"), VersionUnreadable(ZAN_E_NOTFOUND)},
       {"escape_lone_surrogate", file("escape_lone_surrogate.json"), NotLoaded()},
       // A plain document holding V1:23: in a value: its first six characters go, and what is left
@@ -215,7 +222,8 @@ std::vector<HostileCase> GeneratedCases() {
   return {
       // Nesting.
       {"nesting_100000_arrays_in_ignored_member",
-       [] { return Doc12(kRef, R"("deep":)" + std::string(100000, '[') + std::string(100000, ']') + ","); }, NotLoaded()},
+       [] { return Doc12(kRef, R"("deep":)" + std::string(100000, '[') + std::string(100000, ']') + ","); },
+       NotLoaded()},
       {"nesting_100000_objects_at_root",
        [] {
          std::string text;
@@ -257,22 +265,26 @@ std::vector<HostileCase> GeneratedCases() {
          return Doc12(R"({"kOVAId":"R","PlexoId":"P","IsLocal":false,"CustomData":)" + digits1000 +
                       R"(,"KOVASynchroStamp":"V1:s"})");
        },
-       Read(12, 1, [](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetCustomData().ConvertToChar(), "null"); })},
+       Read(12, 1,
+            [](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetCustomData().ConvertToChar(), "null"); })},
       // 50 MB strings.
       {"customdata_50MB",
        [] {
          return Doc12(R"({"kOVAId":"R","PlexoId":"P","IsLocal":false,"CustomData":")" + std::string(k50MB, 'c') +
                       R"(","KOVASynchroStamp":"V1:s"})");
        },
-       Read(12, 1, [](KOVAMappingTable& table) {
-         EXPECT_EQ(FirstReference(table).GetCustomData().GetLengthInByte(), k50MB);
-       })},
+       Read(
+           12, 1,
+           [](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetCustomData().GetLengthInByte(), k50MB); })},
       {"kovaid_50MB",
        [] {
          return Doc12(R"({"kOVAId":")" + std::string(k50MB, 'k') +
                       R"(","PlexoId":"P","IsLocal":false,"KOVASynchroStamp":"V1:s"})");
        },
-       Read(12, 1, [](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetKOVAID().ConvertToChar(), std::string(k50MB, 'k')); })},
+       Read(12, 1,
+            [](KOVAMappingTable& table) {
+              EXPECT_EQ(FirstReference(table).GetKOVAID().ConvertToChar(), std::string(k50MB, 'k'));
+            })},
       {"key_50MB_ignored", [] { return Doc12(kRef, "\"" + std::string(k50MB, 'x') + "\":1,"); },
        Read(12, 1, KovaIdIs("R"))},
       {"string_50MB_unterminated", [] { return R"({"version":12,"References":[],"x":")" + std::string(k50MB, 'u'); },
@@ -301,8 +313,7 @@ std::vector<HostileCase> GeneratedCases() {
        [] { return Envelope(Doc12(kRef, R"("pad":")" + std::string(64u << 20, 'a') + R"(",)"), "2147483647"); },
        Read(12, 1, KovaIdIs("R"))},
       {"zlib_bomb_64MB_declared_small",
-       [] { return Envelope(Doc12(kRef, R"("pad":")" + std::string(64u << 20, 'a') + R"(",)"), "1000"); },
-       NotLoaded()},
+       [] { return Envelope(Doc12(kRef, R"("pad":")" + std::string(64u << 20, 'a') + R"(",)"), "1000"); }, NotLoaded()},
       {"zlib_bomb_64MB_blanks", [] { return Envelope(std::string(64u << 20, ' '), std::to_string(64u << 20)); },
        EmptyOrNotObject()},
       // Envelopes in odd places and holding odd texts.

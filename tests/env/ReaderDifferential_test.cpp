@@ -30,7 +30,6 @@
 
 namespace {
 
-
 // --- Comparison ---------------------------------------------------------------------------------
 
 struct Outcome {
@@ -78,8 +77,9 @@ HRESULT ExpectSameReading(const std::string& text, const std::string& what, bool
   const Outcome fast = Run(text, [&](ZANUnicodeString t, KOVAMappingTable& table) {
     return KOVAMappingParser::TranslateToMappingTable(std::move(t), owner, table);
   });
-  const Outcome reference =
-      Run(text, [&](ZANUnicodeString t, KOVAMappingTable& table) { return kova::test::plain::Read(std::move(t), owner, table); });
+  const Outcome reference = Run(text, [&](ZANUnicodeString t, KOVAMappingTable& table) {
+    return kova::test::plain::Read(std::move(t), owner, table);
+  });
   EXPECT_EQ(fast.status, reference.status) << what << "\n" << text;
   EXPECT_EQ(fast.dump, reference.dump) << what << "\n" << text;
   EXPECT_EQ(fast.content, reference.content) << what << "\n" << text;
@@ -103,15 +103,16 @@ std::string GeneratedDocument(std::uint32_t seed, int maxReferences, int maxInst
   return root.ToString().ConvertToChar();
 }
 
-const std::vector<std::string> kKeys = {"kOVAId", "PlexoId",    "RefId",     "IsLocal",    "IsSetKSS",
+const std::vector<std::string> kKeys = {"kOVAId",           "PlexoId", "RefId",      "IsLocal",   "IsSetKSS",
                                         "KOVASynchroStamp", "CEStamp", "CustomData", "Instances", "References"};
-const std::vector<std::string> kValues = {"1",  "true", "false", "null", "\"\"", "\"V3:abc\"", "\"V0KSS:x\"",
-                                          "{}", "[]",   "[{}]",  "-2",   "\"CESv1(x'01')\"", "\"V12:s\"", "1e3"};
+const std::vector<std::string> kValues = {"1",           "true", "false", "null", "\"\"", "\"V3:abc\"",
+                                          "\"V0KSS:x\"", "{}",   "[]",    "[{}]", "-2",   "\"CESv1(x'01')\"",
+                                          "\"V12:s\"",   "1e3"};
 
 // Values of "version" that are not plain integers, or that repeat the key.
-const std::vector<std::string> kVersionForms = {"11.0", "1.2e1", "\"12\"", "-0", "99999999999999999999",
-                                                "12,\"version\":8", "7,\"version\":\"x\"", "null", "-12",
-                                                "12.5", "2147483659", "12 "};
+const std::vector<std::string> kVersionForms = {
+    "11.0", "1.2e1", "\"12\"",     "-0", "99999999999999999999", "12,\"version\":8", "7,\"version\":\"x\"", "null",
+    "-12",  "12.5",  "2147483659", "12 "};
 
 // The end of the JSON value that starts at text[at] (a string, literal or number, or a bracketed
 // value), or npos when it cannot be told.
@@ -220,7 +221,8 @@ TEST(ReaderDifferential, GeneratedDocumentsOfEveryVersion) {
   int read = 0;
   for (std::uint32_t seed = 1; seed <= 60; ++seed) {
     for (int version = 6; version <= 13; ++version) {
-      const std::string text = GeneratedDocument(seed, 1 + static_cast<int>(seed % 9), static_cast<int>(seed % 7), version);
+      const std::string text =
+          GeneratedDocument(seed, 1 + static_cast<int>(seed % 9), static_cast<int>(seed % 7), version);
       if (ExpectSameReading(text, "seed " + std::to_string(seed)) == S_OK) ++read;
     }
   }

@@ -77,24 +77,23 @@ TEST(StampEnabled, WorkedExampleFromMap) {
   ExpectStamp(FromMap(WorkedExampleAttributes()), kova::test::kWorkedExampleStamp);
 }
 
-TEST(StampEnabled, EmptyMapGivesTheStampOfTheEmptyText) {
-  ExpectStamp(FromMap({}), kova::test::kEmptyTextStamp);
-}
+TEST(StampEnabled, EmptyMapGivesTheStampOfTheEmptyText) { ExpectStamp(FromMap({}), kova::test::kEmptyTextStamp); }
 
 TEST(StampEnabled, EmptyNameListGivesTheStampOfTheEmptyText) {
   ExpectStamp(FromObject(WorkedExampleObject(), {}), kova::test::kEmptyTextStamp);
 }
 
 TEST(StampEnabled, InstanceThatIsNotAKnowledgeObjectGivesTheStampOfTheEmptyText) {
-  const ZANBaseUnknown_var instanceOnly =
-      ZANKnwBuilder::MakeObject(StandardType("GRDReference"), WorkedExampleAttributes(), ZANKnwObjectFacets::InstanceOnly);
+  const ZANBaseUnknown_var instanceOnly = ZANKnwBuilder::MakeObject(
+      StandardType("GRDReference"), WorkedExampleAttributes(), ZANKnwObjectFacets::InstanceOnly);
   ExpectStamp(FromObject(instanceOnly, WorkedExampleNames()), kova::test::kEmptyTextStamp);
 }
 
 TEST(StampEnabled, MapOfUnsetAAndSevenBGivesItsStampText) {
   // Stamp text a:UNSET:b:SET:7
-  ExpectStamp(FromMap({{"b", ZANKnwBuilder::MakeIntegerParm(7)}, {"a", ZANKnwBuilder::MakeUnsetParm(StandardType("Integer"))}}),
-              kova::test::kUnsetAThenSevenBStamp);
+  ExpectStamp(
+      FromMap({{"b", ZANKnwBuilder::MakeIntegerParm(7)}, {"a", ZANKnwBuilder::MakeUnsetParm(StandardType("Integer"))}}),
+      kova::test::kUnsetAThenSevenBStamp);
 }
 
 TEST(StampEnabled, NamesInAnyOrderGiveTheStampOfTheSortedNames) {
@@ -167,13 +166,16 @@ TEST(StampEnabled, NamesAreOrderedByCodePoint) {
   // Stamp text B:UNSET:a:UNSET: ("B" before "a").
   const ZANIKnwParm_var unset = ZANKnwBuilder::MakeUnsetParm(StandardType("String"));
   ExpectStamp(FromMap({{"a", unset}, {"B", unset}}), kova::test::kUpperBeforeLowerStamp);
-  const ZANBaseUnknown_var object = ZANKnwBuilder::MakeObject(StandardType("GRDReference"), {{"a", unset}, {"B", unset}});
+  const ZANBaseUnknown_var object =
+      ZANKnwBuilder::MakeObject(StandardType("GRDReference"), {{"a", unset}, {"B", unset}});
   ExpectStamp(FromObject(object, {"a", "B"}), kova::test::kUpperBeforeLowerStamp);
 }
 
 TEST(StampEnabled, NonAsciiTextIsDigestedOverItsCharacterCount) {
   // 'Name:SET:Größe': 14 characters, 16 bytes; the digest covers the first 14 bytes.
-  ExpectStamp(FromMap({{"Name", ZANKnwBuilder::MakeStringParm("Gr\xC3\xB6\xC3\x9F" "e")}}), kova::test::kNonAsciiStamp);
+  ExpectStamp(FromMap({{"Name", ZANKnwBuilder::MakeStringParm("Gr\xC3\xB6\xC3\x9F"
+                                                              "e")}}),
+              kova::test::kNonAsciiStamp);
 }
 
 TEST(StampEnabled, DuplicateNamesAreKept) {
@@ -253,7 +255,8 @@ TEST(StampEnabled, NullValueObjectRaisesTheNullHandleError) {
   EXPECT_EQ(stamp.ConvertToChar(), kUntouched);
   // Not set: the value is not read for the stamp text.
   const ZANIKnwParm_var unsetBroken = ZANKnwBuilder::MakeParm(StandardType("Real"), nullptr, false);
-  ExpectStamp(FromMap({{"b", ZANKnwBuilder::MakeIntegerParm(7)}, {"a", unsetBroken}}), kova::test::kUnsetAThenSevenBStamp);
+  ExpectStamp(FromMap({{"b", ZANKnwBuilder::MakeIntegerParm(7)}, {"a", unsetBroken}}),
+              kova::test::kUnsetAThenSevenBStamp);
 }
 
 TEST(StampEnabled, NothingIsLoggedWhenTheLoggerIsOff) {
@@ -325,10 +328,7 @@ TEST(StampLogged, MapFormLogsEntryEachValueAndTheStampText) {
   const std::vector<std::string> lines = kova::test::SplitLines(capture.Stop());
   ExpectStamp(result, kova::test::kWorkedExampleStamp);
   const std::vector<std::string> expected{
-      kLine + "Entering ComputeKOVASynchroStamp from Map",
-      kLine + "Mass - 2.5",
-      kLine + "Name - A1",
-      kLine + "Rev - B",
+      kLine + "Entering ComputeKOVASynchroStamp from Map", kLine + "Mass - 2.5", kLine + "Name - A1", kLine + "Rev - B",
       kLine + "Mass:SET:2.5Name:SET:A1Rev:UNSET:",
   };
   EXPECT_EQ(lines, expected);

@@ -57,14 +57,11 @@ TEST(StampFirstUse, ConcurrentFirstStampsAgree) {
     ZANUnicodeString stamp;
     switch (i % 3) {
       case 0:
-        statuses[i] = KOVASynchroStampServices::ComputeKOVASynchroStamp(object, kova::test::WorkedExampleNames(), stamp);
+        statuses[i] =
+            KOVASynchroStampServices::ComputeKOVASynchroStamp(object, kova::test::WorkedExampleNames(), stamp);
         break;
-      case 1:
-        statuses[i] = KOVASynchroStampServices::ComputeKOVASynchroStamp(worked, stamp);
-        break;
-      default:
-        statuses[i] = KOVASynchroStampServices::ComputeKOVASynchroStamp(everyKind, stamp);
-        break;
+      case 1: statuses[i] = KOVASynchroStampServices::ComputeKOVASynchroStamp(worked, stamp); break;
+      default: statuses[i] = KOVASynchroStampServices::ComputeKOVASynchroStamp(everyKind, stamp); break;
     }
     stamps[i] = stamp.ConvertToChar();
   });

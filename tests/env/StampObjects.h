@@ -51,9 +51,9 @@ inline std::list<ZANUnicodeString> WorkedExampleNames() { return {"Mass", "Name"
 inline std::map<ZANUnicodeString, ZANIKnwParm_var> EveryKindAttributes() {
   const ZANIList_var list = ZANKnwBuilder::MakeList(
       {ZANKnwBuilder::MakeIntegerParm(1), ZANKnwBuilder::MakeIntegerParm(2), ZANKnwBuilder::MakeIntegerParm(3)});
-  return {{"B", ZANKnwBuilder::MakeBooleanParm(1)},          {"E", ZANKnwBuilder::MakeEnumParm(2)},
-          {"I", ZANKnwBuilder::MakeIntegerParm(-42)},        {"L", ZANKnwBuilder::MakeListParm(list)},
-          {"R", ZANKnwBuilder::MakeRealParm(3.0)},           {"S", ZANKnwBuilder::MakeStringParm("x")},
+  return {{"B", ZANKnwBuilder::MakeBooleanParm(1)},      {"E", ZANKnwBuilder::MakeEnumParm(2)},
+          {"I", ZANKnwBuilder::MakeIntegerParm(-42)},    {"L", ZANKnwBuilder::MakeListParm(list)},
+          {"R", ZANKnwBuilder::MakeRealParm(3.0)},       {"S", ZANKnwBuilder::MakeStringParm("x")},
           {"T", ZANKnwBuilder::MakeTimeParm(ZANTime(1))}};
 }
 

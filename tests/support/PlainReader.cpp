@@ -201,5 +201,4 @@ HRESULT Read(ZANUnicodeString text, const ZANBaseUnknown& owner, KOVAMappingTabl
   return status;
 }
 
-
 }  // namespace kova::test::plain

@@ -106,8 +106,9 @@ TEST_P(ToolGeneratorText, IsTheJsonModelsTextForTheSameMembers) {
 INSTANTIATE_TEST_SUITE_P(EveryVersion, ToolGeneratorText,
                          ::testing::Values(std::make_tuple(6, 0, 0), std::make_tuple(6, 1, 0), std::make_tuple(6, 1, 9),
                                            std::make_tuple(7, 0, 3), std::make_tuple(7, 4, 0), std::make_tuple(7, 6, 5),
-                                           std::make_tuple(8, 6, 5), std::make_tuple(9, 6, 5), std::make_tuple(10, 6, 5),
-                                           std::make_tuple(11, 6, 5), std::make_tuple(12, 1, 1), std::make_tuple(12, 6, 5)));
+                                           std::make_tuple(8, 6, 5), std::make_tuple(9, 6, 5),
+                                           std::make_tuple(10, 6, 5), std::make_tuple(11, 6, 5),
+                                           std::make_tuple(12, 1, 1), std::make_tuple(12, 6, 5)));
 
 TEST(ToolGenerator, StreamsLargeDocumentsInPiecesWithTheSameText) {
   GeneratorOptions options;
@@ -126,8 +127,9 @@ TEST(ToolGenerator, ReadsBackWithTheCountsAsked) {
     options.references = 7;
     options.instances = 4;
     KOVAMappingTable table;
-    ASSERT_EQ(KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString(StreamedText(options)), ZANBaseUnknown(), table),
-              S_OK)
+    ASSERT_EQ(
+        KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString(StreamedText(options)), ZANBaseUnknown(), table),
+        S_OK)
         << "version " << version;
     EXPECT_EQ(table.GetReferences().size(), 7u);
     EXPECT_EQ(table.GetInstances().size(), 28u);

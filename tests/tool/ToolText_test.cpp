@@ -22,22 +22,24 @@ namespace {
 TEST(ToolUtf8, AcceptsWellFormedText) {
   EXPECT_FALSE(FindInvalidUtf8(""));
   EXPECT_FALSE(FindInvalidUtf8("plain ASCII"));
-  EXPECT_FALSE(FindInvalidUtf8("\xEF\xBB\xBF{}"));                   // byte order mark
-  EXPECT_FALSE(FindInvalidUtf8("Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC"));  // "Grüße €"
-  EXPECT_FALSE(FindInvalidUtf8("\xF0\x9F\x94\xA9 \xF4\x8F\xBF\xBF"));    // U+1F529, U+10FFFF
+  EXPECT_FALSE(FindInvalidUtf8("\xEF\xBB\xBF{}"));  // byte order mark
+  EXPECT_FALSE(
+      FindInvalidUtf8("Gr\xC3\xBC\xC3\x9F"
+                      "e \xE2\x82\xAC"));                              // "Grüße €"
+  EXPECT_FALSE(FindInvalidUtf8("\xF0\x9F\x94\xA9 \xF4\x8F\xBF\xBF"));  // U+1F529, U+10FFFF
   EXPECT_FALSE(FindInvalidUtf8(std::string("a\0b", 3)));
 }
 
 TEST(ToolUtf8, GivesTheOffsetOfTheFirstBadByte) {
-  EXPECT_EQ(FindInvalidUtf8("caf\xE9"), 3u);                // Latin-1
-  EXPECT_EQ(FindInvalidUtf8("ab\xC0\x80"), 2u);             // overlong NUL
-  EXPECT_EQ(FindInvalidUtf8("\xE0\x80\xAF"), 0u);           // overlong "/"
-  EXPECT_EQ(FindInvalidUtf8("x\xED\xA0\x80"), 1u);          // surrogate U+D800
-  EXPECT_EQ(FindInvalidUtf8("\xF4\x90\x80\x80"), 0u);       // above U+10FFFF
+  EXPECT_EQ(FindInvalidUtf8("caf\xE9"), 3u);           // Latin-1
+  EXPECT_EQ(FindInvalidUtf8("ab\xC0\x80"), 2u);        // overlong NUL
+  EXPECT_EQ(FindInvalidUtf8("\xE0\x80\xAF"), 0u);      // overlong "/"
+  EXPECT_EQ(FindInvalidUtf8("x\xED\xA0\x80"), 1u);     // surrogate U+D800
+  EXPECT_EQ(FindInvalidUtf8("\xF4\x90\x80\x80"), 0u);  // above U+10FFFF
   EXPECT_EQ(FindInvalidUtf8("\xF5\x80\x80\x80"), 0u);
-  EXPECT_EQ(FindInvalidUtf8("ok\xE2\x82"), 2u);             // cut short
-  EXPECT_EQ(FindInvalidUtf8("\x80"), 0u);                   // lone continuation byte
-  EXPECT_EQ(FindInvalidUtf8("\xC3\xBC\xC3("), 2u);          // bad continuation
+  EXPECT_EQ(FindInvalidUtf8("ok\xE2\x82"), 2u);     // cut short
+  EXPECT_EQ(FindInvalidUtf8("\x80"), 0u);           // lone continuation byte
+  EXPECT_EQ(FindInvalidUtf8("\xC3\xBC\xC3("), 2u);  // bad continuation
 }
 
 TEST(ToolText, EscapesLikeTheLibrarysJsonWriter) {
@@ -156,8 +158,8 @@ KOVAMappingTable Table(const std::vector<std::pair<std::string, std::vector<std:
     KOVAMappingReference reference(ZANUnicodeString(id), ZANUnicodeString("P" + id), "V2:AA", "null", true);
     EXPECT_EQ(table.AddReference(reference), S_OK);
     for (const std::string& instance : instances) {
-      KOVAMappingInstance occurrence(ZANUnicodeString(instance), ZANUnicodeString("P" + instance), "V2:BB", "X",
-                                     "null", false);
+      KOVAMappingInstance occurrence(ZANUnicodeString(instance), ZANUnicodeString("P" + instance), "V2:BB", "X", "null",
+                                     false);
       EXPECT_EQ(table.AddInstance(occurrence, reference), S_OK);
     }
   }
@@ -187,8 +189,7 @@ TEST(ToolDiff, CountsAnInstanceThatMovedAndChangedInBothGroups) {
   ASSERT_EQ(after.GetInstanceFromKOVAId("I1", moved), S_OK);
   moved.SetPlexoID("Pother");
   const TableDiff diff = DiffTables(before, after);
-  EXPECT_EQ(diff.lines,
-            (std::vector<std::string>{"> instance I1: R1 -> R2", "~ instance I1: PlexoId PI1 -> Pother"}));
+  EXPECT_EQ(diff.lines, (std::vector<std::string>{"> instance I1: R1 -> R2", "~ instance I1: PlexoId PI1 -> Pother"}));
   EXPECT_EQ(diff.moved, 1);
   EXPECT_EQ(diff.changed, 1);
 }

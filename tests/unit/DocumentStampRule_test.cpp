@@ -25,7 +25,8 @@ std::string Document(int version, const std::string& referenceStamp, const std::
 
 HRESULT Read(const std::string& document, std::size_t* objects = nullptr) {
   KOVAMappingTable table;
-  const HRESULT status = KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString(document), ZANBaseUnknown(), table);
+  const HRESULT status =
+      KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString(document), ZANBaseUnknown(), table);
   if (objects != nullptr) *objects = table.GetContent().size();
   return status;
 }
@@ -35,15 +36,16 @@ class StampRule : public ::testing::TestWithParam<int> {};
 TEST_P(StampRule, ObjectsWithAStampAreRead) {
   const int version = GetParam();
   std::size_t objects = 0;
-  EXPECT_EQ(Read(Document(version, ",\"KOVASynchroStamp\":\"V1:a\"", ",\"KOVASynchroStamp\":\"V1:b\""), &objects), S_OK);
+  EXPECT_EQ(Read(Document(version, ",\"KOVASynchroStamp\":\"V1:a\"", ",\"KOVASynchroStamp\":\"V1:b\""), &objects),
+            S_OK);
   EXPECT_EQ(objects, 2u);
 }
 
 TEST_P(StampRule, ReferenceWithoutStampIsRefused) {
   const int version = GetParam();
   const std::string instance = ",\"KOVASynchroStamp\":\"V1:b\"";
-  for (const std::string& none : {std::string(), std::string(",\"KOVASynchroStamp\":\"\",\"CEStamp\":\"\""),
-                                  std::string(",\"CEStamp\":\"\"")}) {
+  for (const std::string& none :
+       {std::string(), std::string(",\"KOVASynchroStamp\":\"\",\"CEStamp\":\"\""), std::string(",\"CEStamp\":\"\"")}) {
     std::size_t objects = 9;
     EXPECT_EQ(Read(Document(version, none, instance), &objects), E_FAIL) << version << none;
     EXPECT_EQ(objects, 0u);

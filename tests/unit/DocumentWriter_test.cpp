@@ -51,9 +51,10 @@ TEST(DocumentWriter, NullCustomDataAndEmptyStampAreLeftOutButEmptyCustomDataIsWr
   KOVAMappingReference reference("R1", "P1", "", "", true);
   ASSERT_EQ(table.AddReference(reference), S_OK);
   ASSERT_EQ(reference.AddInstance(KOVAMappingInstance("I1", "P2", "", "R1", "null", false)), S_OK);
-  EXPECT_EQ(Write(table),
-            "{\"version\":12,\"References\":[{\"CustomData\":\"\",\"IsLocal\":true,\"PlexoId\":\"P1\",\"kOVAId\":\"R1\","
-            "\"Instances\":[{\"kOVAId\":\"I1\",\"PlexoId\":\"P2\",\"IsLocal\":false,\"RefId\":\"R1\"}]}]}");
+  EXPECT_EQ(
+      Write(table),
+      "{\"version\":12,\"References\":[{\"CustomData\":\"\",\"IsLocal\":true,\"PlexoId\":\"P1\",\"kOVAId\":\"R1\","
+      "\"Instances\":[{\"kOVAId\":\"I1\",\"PlexoId\":\"P2\",\"IsLocal\":false,\"RefId\":\"R1\"}]}]}");
 }
 
 TEST(DocumentWriter, StampVersionIsWrittenAsStoredEvenWhenOdd) {
@@ -107,10 +108,11 @@ TEST(DocumentWriter, VersionSixDocumentIsWrittenBackWithEmptyCustomData) {
       "{\"version\":6,\"References\":{\"R1\":{\"PlexoId\":\"P1\",\"KOVASynchroStamp\":\"V1:s\"}},"
       "\"RefInstances\":{\"I1\":{\"PlexoId\":\"PI\",\"RefId\":\"R1\",\"KOVASynchroStamp\":\"V2:t\"}}}");
   ASSERT_EQ(KOVAMappingParser::TranslateToMappingTable(document, ZANBaseUnknown(), table), S_OK);
-  EXPECT_EQ(Write(table),
-            "{\"version\":12,\"References\":[{\"CustomData\":\"\",\"IsLocal\":false,\"PlexoId\":\"P1\",\"kOVAId\":\"R1\","
-            "\"KOVASynchroStamp\":\"V1:s\",\"Instances\":[{\"kOVAId\":\"I1\",\"PlexoId\":\"PI\",\"IsLocal\":false,"
-            "\"RefId\":\"R1\",\"CustomData\":\"\",\"KOVASynchroStamp\":\"V2:t\"}]}]}");
+  EXPECT_EQ(
+      Write(table),
+      "{\"version\":12,\"References\":[{\"CustomData\":\"\",\"IsLocal\":false,\"PlexoId\":\"P1\",\"kOVAId\":\"R1\","
+      "\"KOVASynchroStamp\":\"V1:s\",\"Instances\":[{\"kOVAId\":\"I1\",\"PlexoId\":\"PI\",\"IsLocal\":false,"
+      "\"RefId\":\"R1\",\"CustomData\":\"\",\"KOVASynchroStamp\":\"V2:t\"}]}]}");
 }
 
 TEST(DocumentReader, EnvelopedDocumentReadsLikeThePlainOne) {

@@ -83,9 +83,28 @@ TEST(StampVersion, ComputeKSSWithVersion) {
 TEST(StampVersion, PrefixMatchersAgreeWithTheRegularExpressions) {
   const std::regex version("^V\\d+:");
   const std::regex ceDerived("^V0KSS:");
-  std::vector<std::string> texts = {"", "V", "V:", "V0", "V0:", "V00:", "V0KSS:", "V0KSS", "V0KS:", "VV1:",
-                                    "V1:V2:", " V1:", "\nV1:", "V1\n:", "V12345678901234567890:x", "V1::",
-                                    "V0KSS:V1:", "V1:0KSS:", std::string("V1\0:", 4), std::string("V\0" "1:", 4)};
+  std::vector<std::string> texts = {"",
+                                    "V",
+                                    "V:",
+                                    "V0",
+                                    "V0:",
+                                    "V00:",
+                                    "V0KSS:",
+                                    "V0KSS",
+                                    "V0KS:",
+                                    "VV1:",
+                                    "V1:V2:",
+                                    " V1:",
+                                    "\nV1:",
+                                    "V1\n:",
+                                    "V12345678901234567890:x",
+                                    "V1::",
+                                    "V0KSS:V1:",
+                                    "V1:0KSS:",
+                                    std::string("V1\0:", 4),
+                                    std::string("V\0"
+                                                "1:",
+                                                4)};
   std::mt19937 random(20261122);
   const std::string alphabet = "V0123:KS\n x";
   for (int i = 0; i < 20000; ++i) {

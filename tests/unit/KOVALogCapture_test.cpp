@@ -44,9 +44,8 @@ std::vector<std::string> Contexts(const KOVALogCapture& capture) {
 }
 
 const char kTwoMissingKeys[] = R"({"version": 12, "References": [{"kOVAId": "R1", "PlexoId": "P1"}]})";
-const char kReadable[] =
-    R"({"version": 12, "References": [{"kOVAId": "R1", "PlexoId": "P1", "IsLocal": false,)"
-    R"( "KOVASynchroStamp": "V2:AB"}]})";
+const char kReadable[] = R"({"version": 12, "References": [{"kOVAId": "R1", "PlexoId": "P1", "IsLocal": false,)"
+                         R"( "KOVASynchroStamp": "V2:AB"}]})";
 
 // The envelope of text, made with the library's own writer of envelopes.
 std::string Envelope(const std::string& text) {
@@ -88,8 +87,8 @@ TEST(LogCapture, ReasonsOfARefusedDocumentGoToTheCaptureNotToStandardOutput) {
 TEST(LogCapture, EveryMissingMandatoryKeyIsAReasonInKeyOrder) {
   KOVALogCapture capture;
   EXPECT_EQ(Read(kTwoMissingKeys), E_FAIL);
-  EXPECT_THAT(capture.Reasons(), ElementsAre("UNVALUATED MANDATORY FIELD IsLocal",
-                                             "UNVALUATED MANDATORY FIELD KOVASynchroStamp"));
+  EXPECT_THAT(capture.Reasons(),
+              ElementsAre("UNVALUATED MANDATORY FIELD IsLocal", "UNVALUATED MANDATORY FIELD KOVASynchroStamp"));
   EXPECT_THAT(ContextsAndMessages(capture),
               ElementsAre(std::pair<std::string, std::string>("UNVALUATED MANDATORY FIELD", "IsLocal"),
                           std::pair<std::string, std::string>("UNVALUATED MANDATORY FIELD", "KOVASynchroStamp")));
@@ -100,8 +99,9 @@ TEST(LogCapture, VersionMessagesKeepTheirWords) {
   EXPECT_EQ(Read(R"({"version": 13, "References": []})"), E_FAIL);
   EXPECT_EQ(Read(R"({"version": 5, "References": []})"), E_FAIL);
   EXPECT_EQ(Read(R"({"version": "12", "References": []})"), ZAN_E_TYPEMISMATCH);
-  EXPECT_THAT(capture.Reasons(), ElementsAre("UNSUPPORTED VERSION ( version > 11 )",
-                                             "UNSUPPORTED VERSION ( version < 6 )", "CANNOT READ VERSION ON KOVA JSON"));
+  EXPECT_THAT(capture.Reasons(),
+              ElementsAre("UNSUPPORTED VERSION ( version > 11 )", "UNSUPPORTED VERSION ( version < 6 )",
+                          "CANNOT READ VERSION ON KOVA JSON"));
 }
 
 TEST(LogCapture, AReasonsOnlyCaptureGetsNoDocumentNorDump) {
@@ -118,9 +118,8 @@ TEST(LogCapture, AnEverythingCaptureGetsTheDocumentAndTheDump) {
   KOVALogCapture capture(Wants::kEverything);
   KOVAMappingTable table;
   EXPECT_EQ(Read(kTwoMissingKeys, table), E_FAIL);
-  EXPECT_THAT(Contexts(capture),
-              ElementsAre("Input Mapping Table JSON String", "UNVALUATED MANDATORY FIELD",
-                          "UNVALUATED MANDATORY FIELD", "MappingTable at the end of parsing"));
+  EXPECT_THAT(Contexts(capture), ElementsAre("Input Mapping Table JSON String", "UNVALUATED MANDATORY FIELD",
+                                             "UNVALUATED MANDATORY FIELD", "MappingTable at the end of parsing"));
   EXPECT_FALSE(capture.Lines()[0].reason);
   EXPECT_FALSE(capture.Lines()[3].reason);
   EXPECT_EQ(capture.Lines()[3].message, KOVALogger::ToString(table).ConvertToChar());

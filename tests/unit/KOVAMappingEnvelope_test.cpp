@@ -45,9 +45,8 @@ std::string Envelope(const std::string& document) {
   return out.ConvertToChar();
 }
 
-const std::string kJson =
-    R"({"version":12,"references":[{"kOVAId":"R-1","PlexoId":"P-1","KSS":"V3:abc="},)"
-    R"({"kOVAId":"R-2","PlexoId":"P-2","instances":[{"kOVAId":"I-1","PlexoId":"PI-1"}]}]})";
+const std::string kJson = R"({"version":12,"references":[{"kOVAId":"R-1","PlexoId":"P-1","KSS":"V3:abc="},)"
+                          R"({"kOVAId":"R-2","PlexoId":"P-2","instances":[{"kOVAId":"I-1","PlexoId":"PI-1"}]}]})";
 const std::string kUnicode = "{\"name\":\"\xC3\xA9t\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 \xE4\xB8\xAD\xE6\x96\x87\"}";
 
 // ---------------------------------------------------------------------------------------------
@@ -154,9 +153,9 @@ TEST(KOVAMappingEnvelope, EveryRoomyDeclaredSizeGivesTheSameText) {
     const std::string payload = PayloadOf(Envelope(document));
     const std::size_t compressed = Base64Decode(payload).value_or(std::string()).size();
     ASSERT_GT(compressed, 0u);
-    for (const std::uint64_t size : {std::uint64_t{document.size()}, std::uint64_t{document.size() + 1},
-                                     std::uint64_t{16 * compressed}, std::uint64_t{16 * compressed + 16},
-                                     std::uint64_t{2147483647}}) {
+    for (const std::uint64_t size :
+         {std::uint64_t{document.size()}, std::uint64_t{document.size() + 1}, std::uint64_t{16 * compressed},
+          std::uint64_t{16 * compressed + 16}, std::uint64_t{2147483647}}) {
       if (size < document.size()) continue;
       const Opened opened = Open("V12:" + std::to_string(size) + ":" + payload);
       EXPECT_EQ(opened.status, S_OK) << "size " << size;
@@ -199,10 +198,10 @@ TEST(KOVAMappingEnvelope, PayloadIsReadUpToAnEmbeddedNul) {
 
 TEST(KOVAMappingEnvelope, TextWithoutPrefixIsLeftUnchanged) {
   for (const std::string& text :
-       {kJson, kUnicode, std::string(), std::string("V"), std::string("V12"), std::string("V12:"),
-        std::string("V12:5"), std::string("V12::abc"), std::string("V:5:abc"), std::string("v12:5:abc"),
-        std::string("W12:5:abc"), std::string("V1 2:5:abc"), std::string("V12:-5:abc"), std::string("V12:+5:abc"),
-        std::string("V\xC3\xA9:5:abc"), std::string("V\xD9\xA1\xD9\xA2:5:abc"), std::string("{\"a\":\"V12:5\"}")}) {
+       {kJson, kUnicode, std::string(), std::string("V"), std::string("V12"), std::string("V12:"), std::string("V12:5"),
+        std::string("V12::abc"), std::string("V:5:abc"), std::string("v12:5:abc"), std::string("W12:5:abc"),
+        std::string("V1 2:5:abc"), std::string("V12:-5:abc"), std::string("V12:+5:abc"), std::string("V\xC3\xA9:5:abc"),
+        std::string("V\xD9\xA1\xD9\xA2:5:abc"), std::string("{\"a\":\"V12:5\"}")}) {
     const Opened opened = Open(text);
     EXPECT_EQ(opened.status, E_FAIL) << text;
     EXPECT_EQ(opened.text, text);
@@ -220,7 +219,8 @@ TEST(KOVAMappingEnvelope, SizeZeroFailsWithThePrefixRemoved) {
 }
 
 TEST(KOVAMappingEnvelope, PayloadThatIsNotBase64FailsWithTheConverterStatus) {
-  for (const std::string& payload : {std::string("!!!!"), std::string("abc"), std::string("ab=c"), std::string("a b c d")}) {
+  for (const std::string& payload :
+       {std::string("!!!!"), std::string("abc"), std::string("ab=c"), std::string("a b c d")}) {
     const Opened opened = Open("V12:5:" + payload);
     EXPECT_EQ(opened.status, static_cast<HRESULT>(0x8007000Du)) << payload;
     EXPECT_EQ(opened.text, payload);
@@ -258,8 +258,8 @@ TEST(KOVAMappingEnvelope, PayloadThatIsNotAZlibStreamIsBadData) {
 
 TEST(KOVAMappingEnvelope, SizeBeyondTheLargestIntThrowsOutOfRangeAndKeepsThePrefix) {
   const std::string payload = PayloadOf(Envelope(kJson));
-  for (const std::string& size : {std::string("2147483648"), std::string("4294967296"),
-                                  std::string("99999999999999999999999999")}) {
+  for (const std::string& size :
+       {std::string("2147483648"), std::string("4294967296"), std::string("99999999999999999999999999")}) {
     ZANUnicodeString text("V12:" + size + ":" + payload);
     const ZANUnicodeString before = text;
     EXPECT_THROW(KOVAMappingParser::TryDecompressMT(text), std::out_of_range) << size;
@@ -443,7 +443,8 @@ std::string Compare(const std::string& input) {
     kind = Kind::kOutOfRange;
   }
   if (kind != expected.kind) return "kind differs for \"" + input + "\"";
-  if (text.ConvertToChar() != expected.text) return "text differs for \"" + input + "\": \"" + text.ConvertToChar() + "\"";
+  if (text.ConvertToChar() != expected.text)
+    return "text differs for \"" + input + "\": \"" + text.ConvertToChar() + "\"";
   if (kind == Kind::kOpened && ZANSucceeded(status)) return "unexpected success for \"" + input + "\"";
   return {};
 }
@@ -480,8 +481,9 @@ TEST(KOVAMappingEnvelope, BehavesAsTheRegexModelOnEveryShortSequence) {
 }
 
 TEST(KOVAMappingEnvelope, BehavesAsTheRegexModelOnRandomTexts) {
-  const std::vector<std::string> tokens = {"V", "V", "V", "1", "2", "9", "0", "0", ":", ":", ":", "a", "v",
-                                           "=", "\xC3\xA9", "\xE2\x82\xAC", " ", "12", "V12:", "2147483648"};
+  const std::vector<std::string> tokens = {"V", "V",  "V",    "1",         "2", "9", "0",        "0",
+                                           ":", ":",  ":",    "a",         "v", "=", "\xC3\xA9", "\xE2\x82\xAC",
+                                           " ", "12", "V12:", "2147483648"};
   std::mt19937 rng(20240601);
   std::uniform_int_distribution<std::size_t> pickToken(0, tokens.size() - 1);
   std::uniform_int_distribution<int> pickLength(0, 30);
@@ -496,11 +498,37 @@ TEST(KOVAMappingEnvelope, BehavesAsTheRegexModelOnRandomTexts) {
 }
 
 TEST(KOVAMappingEnvelope, BehavesAsTheRegexModelOnChosenTexts) {
-  CompareAll({"V1:2:", "V12:3:", "V123:4:", "V1234:5:", "V12:34:", "VV12:3:", "V1:V12:3:", "V12:3V45:6:",
-              "V12:3:4:", "V12::3:", "V:12:3:", ":V12:3:", "V12:0:", "V12:00:x", "V12:2147483647:x",
-              "V12:2147483648:x", "V12:02147483647:x", "V12:-1:x", "V0:0:", "V00:00:", "x\xC3\xA9V12:3:yyyy",
-              "\xF0\x9F\x98\x80V12:4:abcd", "V12:3:\xC3\xA9", "V\xC3\xA9" "12:3:", "V12\xC3\xA9:3:",
-              "V12:3\xC3\xA9:", "V99999999999:1:", "V1:99999999999:", "V12:1:V12:0:", "{\"a\":\"V1:23:xyz\"}"});
+  CompareAll({"V1:2:",
+              "V12:3:",
+              "V123:4:",
+              "V1234:5:",
+              "V12:34:",
+              "VV12:3:",
+              "V1:V12:3:",
+              "V12:3V45:6:",
+              "V12:3:4:",
+              "V12::3:",
+              "V:12:3:",
+              ":V12:3:",
+              "V12:0:",
+              "V12:00:x",
+              "V12:2147483647:x",
+              "V12:2147483648:x",
+              "V12:02147483647:x",
+              "V12:-1:x",
+              "V0:0:",
+              "V00:00:",
+              "x\xC3\xA9V12:3:yyyy",
+              "\xF0\x9F\x98\x80V12:4:abcd",
+              "V12:3:\xC3\xA9",
+              "V\xC3\xA9"
+              "12:3:",
+              "V12\xC3\xA9:3:",
+              "V12:3\xC3\xA9:",
+              "V99999999999:1:",
+              "V1:99999999999:",
+              "V12:1:V12:0:",
+              "{\"a\":\"V1:23:xyz\"}"});
 }
 
 }  // namespace

@@ -34,8 +34,9 @@ TEST(StampParser, CEStampAloneGivesVersionZeroAndTheBareDigest) {
 }
 
 TEST(StampParser, VersionedStampWinsWhateverTheCEStamp) {
-  for (const char* json : {"{\"KOVASynchroStamp\":\"V1:xyz\"}", "{\"KOVASynchroStamp\":\"V1:xyz\",\"CEStamp\":\"CESv1(x'01')\"}",
-                           "{\"KOVASynchroStamp\":\"V1:xyz\",\"IsSetKSS\":true}"}) {
+  for (const char* json :
+       {"{\"KOVASynchroStamp\":\"V1:xyz\"}", "{\"KOVASynchroStamp\":\"V1:xyz\",\"CEStamp\":\"CESv1(x'01')\"}",
+        "{\"KOVASynchroStamp\":\"V1:xyz\",\"IsSetKSS\":true}"}) {
     const Parsed p = Parse(json);
     EXPECT_EQ(p.version, 1) << json;
     EXPECT_EQ(p.stamp, "xyz") << json;
@@ -46,7 +47,8 @@ TEST(StampParser, VersionedStampWinsWhateverTheCEStamp) {
 }
 
 TEST(StampParser, BareStampEqualToTheCEDigestGivesVersionZero) {
-  const std::string json = std::string("{\"KOVASynchroStamp\":\"") + kDigestCE01 + "\",\"CEStamp\":\"CESv1(x'01')\",\"IsSetKSS\":true}";
+  const std::string json =
+      std::string("{\"KOVASynchroStamp\":\"") + kDigestCE01 + "\",\"CEStamp\":\"CESv1(x'01')\",\"IsSetKSS\":true}";
   const Parsed p = Parse(json.c_str());
   EXPECT_EQ(p.version, 0);
   EXPECT_EQ(p.stamp, kDigestCE01);

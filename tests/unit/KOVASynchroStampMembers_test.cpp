@@ -74,7 +74,9 @@ TEST(KOVASynchroStampEncodeKSS, WorkedExampleText) {
 }
 
 TEST(KOVASynchroStampEncodeKSS, DigestCoversAsManyBytesAsTheTextHasCharacters) {
-  const std::string stamp = Encode("Name:SET:Gr\xC3\xB6\xC3\x9F" "e");
+  const std::string stamp = Encode(
+      "Name:SET:Gr\xC3\xB6\xC3\x9F"
+      "e");
   EXPECT_EQ(stamp, kova::test::kNonAsciiStamp);
   EXPECT_NE(stamp, kova::test::kNonAsciiWholeBytesStamp);
 }
@@ -113,8 +115,8 @@ TEST(KOVASynchroStampBuildAttrStamp, NoNamesAddNothing) {
 
 TEST(KOVASynchroStampBuildAttrStamp, KnowledgeObjectThatIsNotAnInstanceIsRead) {
   ZANUnicodeString text;
-  const ZANBaseUnknown_var knowledgeOnly = ZANKnwBuilder::MakeObject(
-      nullptr, kova::test::WorkedExampleAttributes(), ZANKnwObjectFacets::KnowledgeObjectOnly);
+  const ZANBaseUnknown_var knowledgeOnly = ZANKnwBuilder::MakeObject(nullptr, kova::test::WorkedExampleAttributes(),
+                                                                     ZANKnwObjectFacets::KnowledgeObjectOnly);
   EXPECT_TRUE(StampComputeAccess::BuildAttrStamp(knowledgeOnly, {"Name"}, text));
   EXPECT_EQ(Text(text), "Name:SET:A1");
 }

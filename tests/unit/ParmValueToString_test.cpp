@@ -33,9 +33,7 @@ ZANIType_var Type(const char* name) {
 // ---------------------------------------------------------------------------------------------
 // One test per documented case
 
-TEST(ParmValueToString, BooleanTrueIsUpperCaseTRUE) {
-  EXPECT_EQ(ValueText(ZANKnwBuilder::MakeBooleanParm(1)), "TRUE");
-}
+TEST(ParmValueToString, BooleanTrueIsUpperCaseTRUE) { EXPECT_EQ(ValueText(ZANKnwBuilder::MakeBooleanParm(1)), "TRUE"); }
 
 TEST(ParmValueToString, BooleanFalseIsUpperCaseFALSE) {
   EXPECT_EQ(ValueText(ZANKnwBuilder::MakeBooleanParm(0)), "FALSE");
@@ -45,9 +43,7 @@ TEST(ParmValueToString, RealTwoPointFiveIsWrittenAsIs) {
   EXPECT_EQ(ValueText(ZANKnwBuilder::MakeRealParm(2.5)), "2.5");
 }
 
-TEST(ParmValueToString, RealThreeGetsOneDecimal) {
-  EXPECT_EQ(ValueText(ZANKnwBuilder::MakeRealParm(3.0)), "3.0");
-}
+TEST(ParmValueToString, RealThreeGetsOneDecimal) { EXPECT_EQ(ValueText(ZANKnwBuilder::MakeRealParm(3.0)), "3.0"); }
 
 TEST(ParmValueToString, RealsDifferingAfterTheFirstDecimalGiveTheSameText) {
   const std::string a = ValueText(ZANKnwBuilder::MakeRealParm(2.51));
@@ -56,9 +52,7 @@ TEST(ParmValueToString, RealsDifferingAfterTheFirstDecimalGiveTheSameText) {
   EXPECT_EQ(b, "2.5");
 }
 
-TEST(ParmValueToString, IntegerMinusFortyTwo) {
-  EXPECT_EQ(ValueText(ZANKnwBuilder::MakeIntegerParm(-42)), "-42");
-}
+TEST(ParmValueToString, IntegerMinusFortyTwo) { EXPECT_EQ(ValueText(ZANKnwBuilder::MakeIntegerParm(-42)), "-42"); }
 
 TEST(ParmValueToString, TimeOneSecondAfterTheEpochIsOneThousand) {
   EXPECT_EQ(ValueText(ZANKnwBuilder::MakeTimeParm(ZANTime(1))), "1000");
@@ -114,9 +108,7 @@ TEST(ParmValueToString, RealRoundingAndSign) {
   EXPECT_EQ(ValueText(ZANKnwBuilder::MakeRealParm(1234567.25)), "1234567.2");  // ties as printf: to even
 }
 
-TEST(ParmValueToString, BooleanAnyNonZeroIsTRUE) {
-  EXPECT_EQ(ValueText(ZANKnwBuilder::MakeBooleanParm(-3)), "TRUE");
-}
+TEST(ParmValueToString, BooleanAnyNonZeroIsTRUE) { EXPECT_EQ(ValueText(ZANKnwBuilder::MakeBooleanParm(-3)), "TRUE"); }
 
 TEST(ParmValueToString, TimeIsMillisecondsInSixtyFourBits) {
   EXPECT_EQ(ValueText(ZANKnwBuilder::MakeTimeParm(ZANTime(0))), "0");
@@ -140,7 +132,8 @@ TEST(ParmValueToString, DerivedTypesUseTheirAncestorsText) {
   const ZANIType_var stamped = ZANKnwBuilder::CreateType("ValueTextTestStampedTime", Type("Time"));
   EXPECT_EQ(ValueText(ZANKnwBuilder::MakeTimeParm(ZANTime(2), true, stamped)), "2000");
   const ZANIType_var sizes = ZANKnwBuilder::CreateType("ValueTextTestSizes", Type("List"));
-  const ZANIList_var list = ZANKnwBuilder::MakeList({ZANKnwBuilder::MakeBooleanParm(1), ZANKnwBuilder::MakeBooleanParm(0)});
+  const ZANIList_var list =
+      ZANKnwBuilder::MakeList({ZANKnwBuilder::MakeBooleanParm(1), ZANKnwBuilder::MakeBooleanParm(0)});
   EXPECT_EQ(ValueText(ZANKnwBuilder::MakeListParm(list, true, sizes)), "TRUE\aFALSE");
 }
 
@@ -232,7 +225,8 @@ TEST(ParmValueToString, ListElementsAllUseTheFirstElementsText) {
   const ZANIList_var list = ZANKnwBuilder::MakeList(
       {ZANKnwBuilder::MakeIntegerParm(1), ZANKnwBuilder::MakeRealParm(2.7), ZANKnwBuilder::MakeStringParm("x")});
   EXPECT_EQ(ValueText(ZANKnwBuilder::MakeListParm(list)), "1\a2\a0");
-  const ZANIList_var reals = ZANKnwBuilder::MakeList({ZANKnwBuilder::MakeRealParm(2.7), ZANKnwBuilder::MakeIntegerParm(1)});
+  const ZANIList_var reals =
+      ZANKnwBuilder::MakeList({ZANKnwBuilder::MakeRealParm(2.7), ZANKnwBuilder::MakeIntegerParm(1)});
   EXPECT_EQ(ValueText(ZANKnwBuilder::MakeListParm(reals)), "2.7\a1.0");
 }
 
@@ -304,11 +298,29 @@ std::string Printf1(double value) {
 }
 
 std::vector<double> RealSamples() {
-  std::vector<double> values = {0.0, -0.0, 0.05, 0.15, 0.25, 0.35, -0.25, 0.95, 9.95, 1234567.25, 2.5e-320,
-                                -1e-5, 1e15 + 0.5, 1e22, 1e300, -1e308, std::numeric_limits<double>::max(),
-                                std::numeric_limits<double>::lowest(), std::numeric_limits<double>::min(),
-                                std::numeric_limits<double>::denorm_min(), std::numeric_limits<double>::infinity(),
-                                -std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN(),
+  std::vector<double> values = {0.0,
+                                -0.0,
+                                0.05,
+                                0.15,
+                                0.25,
+                                0.35,
+                                -0.25,
+                                0.95,
+                                9.95,
+                                1234567.25,
+                                2.5e-320,
+                                -1e-5,
+                                1e15 + 0.5,
+                                1e22,
+                                1e300,
+                                -1e308,
+                                std::numeric_limits<double>::max(),
+                                std::numeric_limits<double>::lowest(),
+                                std::numeric_limits<double>::min(),
+                                std::numeric_limits<double>::denorm_min(),
+                                std::numeric_limits<double>::infinity(),
+                                -std::numeric_limits<double>::infinity(),
+                                std::numeric_limits<double>::quiet_NaN(),
                                 -std::numeric_limits<double>::quiet_NaN()};
   std::mt19937_64 random(20261122);
   std::uniform_real_distribution<double> around(-1000.0, 1000.0);
@@ -387,7 +399,12 @@ class GlobalLocale {
 };
 
 TEST(ParmValueToString, TimeTextIsAStreamsTextInTheGlobalLocale) {
-  const std::vector<std::int64_t> seconds = {0, 1, -2, 999, 1700000000, -1700000000,
+  const std::vector<std::int64_t> seconds = {0,
+                                             1,
+                                             -2,
+                                             999,
+                                             1700000000,
+                                             -1700000000,
                                              std::numeric_limits<std::int64_t>::max(),
                                              std::numeric_limits<std::int64_t>::min()};
   for (const bool grouping : {false, true}) {
@@ -410,10 +427,10 @@ TEST(ParmValueToString, AppendedTextIsTheReturnedTextAfterWhatWasThere) {
   const ZANIList_var three = ZANKnwBuilder::MakeList(
       {ZANKnwBuilder::MakeIntegerParm(4), ZANKnwBuilder::MakeIntegerParm(5), ZANKnwBuilder::MakeIntegerParm(6)});
   const std::vector<ZANIKnwParm_var> parms = {
-      ZANKnwBuilder::MakeStringParm("text"),       ZANKnwBuilder::MakeRealParm(2.25),
-      ZANKnwBuilder::MakeIntegerParm(-7),          ZANKnwBuilder::MakeBooleanParm(1),
-      ZANKnwBuilder::MakeTimeParm(ZANTime(12)),    ZANKnwBuilder::MakeListParm(three),
-      ZANKnwBuilder::MakeListParm(withNull),       ZANKnwBuilder::MakeUnsetParm(integer)};
+      ZANKnwBuilder::MakeStringParm("text"),    ZANKnwBuilder::MakeRealParm(2.25),
+      ZANKnwBuilder::MakeIntegerParm(-7),       ZANKnwBuilder::MakeBooleanParm(1),
+      ZANKnwBuilder::MakeTimeParm(ZANTime(12)), ZANKnwBuilder::MakeListParm(three),
+      ZANKnwBuilder::MakeListParm(withNull),    ZANKnwBuilder::MakeUnsetParm(integer)};
   for (const ZANIKnwParm_var& parm : parms) {
     std::string out = "before:";
     kova::stamps::AppendParmValueText(out, parm);

@@ -61,7 +61,8 @@ TEST(QORSysConverter, EncodesWithPaddingAndNoLineBreaks) {
   EXPECT_STREQ(text, "YWI=");
   std::free(text);
   std::string big(1000, 'x');
-  ASSERT_EQ(QORSysConverter::ConvertToBase64(reinterpret_cast<const unsigned char*>(big.data()), big.size(), text), S_OK);
+  ASSERT_EQ(QORSysConverter::ConvertToBase64(reinterpret_cast<const unsigned char*>(big.data()), big.size(), text),
+            S_OK);
   EXPECT_EQ(std::strlen(text), 1336u);
   EXPECT_EQ(std::strchr(text, '\n'), nullptr);
   std::free(text);
@@ -89,12 +90,12 @@ TEST(QORSysConverter, DecodesPaddedText) {
 }
 
 TEST(QORSysConverter, RejectsWhatIsNotBase64) {
-  Decode("YWI", ZAN_E_INVALIDDATA);       // length not a multiple of four
-  Decode("YW=I", ZAN_E_INVALIDDATA);      // padding inside
-  Decode("Y===", ZAN_E_INVALIDDATA);      // too much padding
-  Decode("YW I", ZAN_E_INVALIDDATA);      // blank
-  Decode("YWI\n", ZAN_E_INVALIDDATA);     // line break
-  Decode("YW-_", ZAN_E_INVALIDDATA);      // URL-safe alphabet
+  Decode("YWI", ZAN_E_INVALIDDATA);    // length not a multiple of four
+  Decode("YW=I", ZAN_E_INVALIDDATA);   // padding inside
+  Decode("Y===", ZAN_E_INVALIDDATA);   // too much padding
+  Decode("YW I", ZAN_E_INVALIDDATA);   // blank
+  Decode("YWI\n", ZAN_E_INVALIDDATA);  // line break
+  Decode("YW-_", ZAN_E_INVALIDDATA);   // URL-safe alphabet
   Decode("{\"a\":1}", ZAN_E_INVALIDDATA);
   Decode("YQ==YQ==", ZAN_E_INVALIDDATA);  // data after padding
 }

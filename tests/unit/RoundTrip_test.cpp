@@ -38,9 +38,8 @@ TEST(RoundTrip, HundredsOfGeneratedTablesReadBackUnchanged) {
 // carrying three) therefore loses one more prefix at every write and read: such tables do not
 // round-trip, deliberately.
 TEST(RoundTrip, StoredStampStartingWithAPrefixLosesItOnTheNextRead) {
-  const ZANUnicodeString document(
-      R"({"version": 12, "References": [{"kOVAId": "A", "PlexoId": "PA", "IsLocal": false,)"
-      R"( "KOVASynchroStamp": "V1:V2:V9:sa"}]})");
+  const ZANUnicodeString document(R"({"version": 12, "References": [{"kOVAId": "A", "PlexoId": "PA", "IsLocal": false,)"
+                                  R"( "KOVASynchroStamp": "V1:V2:V9:sa"}]})");
   KOVAMappingTable first;
   ASSERT_EQ(KOVAMappingParser::TranslateToMappingTable(document, ZANBaseUnknown(), first), S_OK);
   const auto stored = KOVAPrivateAccess::GetPrivate(first.GetReferences().at(0));

@@ -92,8 +92,8 @@ std::string ReferenceText(KOVAMappingReference& reference) {
 std::string ExpectedText(KOVAMappingTable& table) {
   std::vector<std::string> references;
   for (KOVAMappingReference& reference : table.GetReferences()) references.push_back(ReferenceText(reference));
-  return Object({{"version", std::to_string(KOVAMappingPrivateTable::GetCurrentVersion())},
-                 {"References", Array(references)}});
+  return Object(
+      {{"version", std::to_string(KOVAMappingPrivateTable::GetCurrentVersion())}, {"References", Array(references)}});
 }
 
 std::string Written(KOVAMappingTable& table) { return KOVAMappingParser::TranslateToString(table).ConvertToChar(); }
@@ -107,8 +107,8 @@ TEST(StreamedWriter, EveryDataDocumentIsWrittenAsTheFormatSays) {
     const std::string name = "documents/" + entry.path().filename().string();
     // Whatever the reading's status, the table holds what was read so far: it is written too.
     KOVAMappingTable table;
-    const HRESULT status = KOVAMappingParser::TranslateToMappingTable(
-        ZANUnicodeString(kova::test::ReadDataFile(name)), ZANBaseUnknown(), table);
+    const HRESULT status = KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString(kova::test::ReadDataFile(name)),
+                                                                      ZANBaseUnknown(), table);
     EXPECT_EQ(Written(table), ExpectedText(table)) << name;
     ++written;
     if (status == S_OK && !table.GetReferences().empty()) ++filled;
@@ -135,8 +135,9 @@ TEST(StreamedWriter, LeftOutAndEscapedFieldsAreAsTheFormatSays) {
   KOVAMappingReference root("R\"1\\", ZANUnicodeString(std::string("P\x01\n\t/") + nul), "", "null", false);
   ASSERT_EQ(table.AddReference(root), S_OK);
   ASSERT_EQ(root.AddInstance(KOVAMappingInstance("I1", "P2", "", "R1", "", true)), S_OK);
-  ASSERT_EQ(root.AddInstance(KOVAMappingInstance("Gr\xC3\xB6\xC3\x9F" "e \xF0\x9F\x99\x82", "P3", "V7:X", "R\x7F",
-                                                 ZANUnicodeString(nul), false)),
+  ASSERT_EQ(root.AddInstance(KOVAMappingInstance("Gr\xC3\xB6\xC3\x9F"
+                                                 "e \xF0\x9F\x99\x82",
+                                                 "P3", "V7:X", "R\x7F", ZANUnicodeString(nul), false)),
             S_OK);
   KOVAMappingReference local("R2", "P4", "V1:AB", "", true);
   ASSERT_EQ(table.AddReference(local), S_OK);

@@ -97,9 +97,7 @@ class Sequence {
 
   KOVAMappingTable& AnyTable() { return tables_[Pick(static_cast<std::uint32_t>(tables_.size()))]; }
 
-  KOVAMappingReference NewReference() {
-    return KOVAMappingReference(Id("k"), Id("p"), "V2:s", "null", !Chance(3));
-  }
+  KOVAMappingReference NewReference() { return KOVAMappingReference(Id("k"), Id("p"), "V2:s", "null", !Chance(3)); }
   KOVAMappingInstance NewInstance() { return KOVAMappingInstance(Id("k"), Id("p"), "V2:s", "R", "null", Chance(50)); }
 
   // A reference handle of the caller: one kept earlier, one stored in a table, or a new one.
@@ -134,20 +132,31 @@ class Sequence {
     for (const auto& entry : before) longestInstances = std::max(longestInstances, entry.second.size());
     const auto& refs = Refs(table);
     switch (Pick(37)) {
-      case 0: case 1: case 2: case 3: case 4: case 5: {  // AddReference
+      case 0:
+      case 1:
+      case 2:
+      case 3:
+      case 4:
+      case 5: {  // AddReference
         KOVAMappingReference reference = Chance(80) ? NewReference() : AnyReference();
         const bool refused = FirstSame(refs, reference) >= 0 || (FirstNotLocal(refs) >= 0 && !reference.GetIsLocal());
         Snapshot expected = before;
         if (!refused) expected.emplace_back(IndexAccess::Pointer(reference), std::vector<const void*>());
         if (!refused) {
-          for (const KOVAMappingInstance& i : Insts(reference)) expected.back().second.push_back(IndexAccess::Pointer(i));
+          for (const KOVAMappingInstance& i : Insts(reference))
+            expected.back().second.push_back(IndexAccess::Pointer(i));
         }
         ASSERT_EQ(table.AddReference(reference), refused ? E_FAIL : S_OK) << "step " << step_;
         CheckSame(expected, table);
         if (!refused && Chance(30)) references_.push_back(reference);
         break;
       }
-      case 6: case 7: case 8: case 9: case 10: case 11: {  // AddInstance through the table
+      case 6:
+      case 7:
+      case 8:
+      case 9:
+      case 10:
+      case 11: {  // AddInstance through the table
         KOVAMappingInstance instance = Chance(85) ? NewInstance() : AnyInstance();
         KOVAMappingReference reference = AnyReference();
         const int r = FirstSame(refs, reference);
@@ -194,16 +203,28 @@ class Sequence {
         CheckSame(expected, table);
         break;
       }
-      case 14: case 15: case 16: case 17: case 18: case 19:  // look-ups
+      case 14:
+      case 15:
+      case 16:
+      case 17:
+      case 18:
+      case 19:  // look-ups
         CheckLookUps(table);
         break;
-      case 20: case 21: {  // id setters through a shared handle
+      case 20:
+      case 21: {  // id setters through a shared handle
         if (Chance(50)) {
           KOVAMappingReference reference = AnyReference();
-          if (Chance(50)) reference.SetKOVAID(Id("k")); else reference.SetPlexoID(Id("p"));
+          if (Chance(50))
+            reference.SetKOVAID(Id("k"));
+          else
+            reference.SetPlexoID(Id("p"));
         } else {
           KOVAMappingInstance instance = AnyInstance();
-          if (Chance(50)) instance.SetKOVAID(Id("k")); else instance.SetPlexoID(Id("p"));
+          if (Chance(50))
+            instance.SetKOVAID(Id("k"));
+          else
+            instance.SetPlexoID(Id("p"));
         }
         CheckSame(before, table);
         break;
@@ -266,7 +287,8 @@ class Sequence {
         if (Chance(30)) keptReferences_.emplace_back(table, &references);
         break;
       }
-      case 31: case 32: {  // a vector handed out long ago, changed now
+      case 31:
+      case 32: {  // a vector handed out long ago, changed now
         if (!keptInstances_.empty() && Chance(60)) {
           auto& kept = keptInstances_[Pick(static_cast<std::uint32_t>(keptInstances_.size()))];
           EditInPlace(*kept.second, [this] { return Chance(70) ? NewInstance() : AnyInstance(); });
@@ -283,7 +305,10 @@ class Sequence {
         if (content.empty()) break;
         for (int n = 0; n < 3; ++n) {
           KOVAMappingObject& object = content[Pick(static_cast<std::uint32_t>(content.size()))];
-          if (Chance(50)) object.SetKOVAID(Id("k")); else object.SetPlexoID(Id("p"));
+          if (Chance(50))
+            object.SetKOVAID(Id("k"));
+          else
+            object.SetPlexoID(Id("p"));
         }
         CheckSame(before, table);
         break;
@@ -412,10 +437,18 @@ class Sequence {
     const auto any = [&] { return Pick(static_cast<std::uint32_t>(handles.size())); };
     switch (Pick(11)) {
       case 0: handles.push_back(make()); break;
-      case 1: if (!handles.empty()) handles.erase(handles.begin() + any()); break;
-      case 2: if (!handles.empty()) handles[any()] = make(); break;
-      case 3: if (handles.size() > 1) std::swap(handles[any()], handles[any()]); break;
-      case 4: if (Chance(20)) handles.clear(); break;
+      case 1:
+        if (!handles.empty()) handles.erase(handles.begin() + any());
+        break;
+      case 2:
+        if (!handles.empty()) handles[any()] = make();
+        break;
+      case 3:
+        if (handles.size() > 1) std::swap(handles[any()], handles[any()]);
+        break;
+      case 4:
+        if (Chance(20)) handles.clear();
+        break;
       case 5:  // sorted by kOVA id, then Plexo id
         std::sort(handles.begin(), handles.end(), [](const Handle& a, const Handle& b) {
           return std::make_pair(IndexAccess::KovaId(a).View(), IndexAccess::PlexoId(a).View()) <
@@ -473,7 +506,8 @@ class Sequence {
         }
         KOVAMappingReference out;
         const void* untouched = IndexAccess::Pointer(out);
-        const HRESULT status = byKova ? table.GetReferenceFromKOVAId(kova, out) : table.GetReferenceFromPlexoId(plexo, out);
+        const HRESULT status =
+            byKova ? table.GetReferenceFromKOVAId(kova, out) : table.GetReferenceFromPlexoId(plexo, out);
         ASSERT_EQ(status, expected ? S_OK : E_FAIL) << "step " << step_;
         ASSERT_EQ(IndexAccess::Pointer(out), expected ? expected : untouched) << "step " << step_;
       }
@@ -491,7 +525,8 @@ class Sequence {
         }
         KOVAMappingInstance out;
         const void* untouched = IndexAccess::Pointer(out);
-        const HRESULT status = byKova ? table.GetInstanceFromKOVAId(kova, out) : table.GetInstanceFromPlexoId(plexo, out);
+        const HRESULT status =
+            byKova ? table.GetInstanceFromKOVAId(kova, out) : table.GetInstanceFromPlexoId(plexo, out);
         ASSERT_EQ(status, expected ? S_OK : E_FAIL) << "step " << step_;
         ASSERT_EQ(IndexAccess::Pointer(out), expected ? expected : untouched) << "step " << step_;
       }
@@ -547,8 +582,8 @@ TEST(TableIndex, RandomSequencesAnswerAsThePlainWalks) {
 KOVAMappingTable LargeTable() {
   KOVAMappingTable table;
   for (int r = 0; r < 40; ++r) {
-    KOVAMappingReference reference(ZANUnicodeString("r" + std::to_string(r)), ZANUnicodeString("pr" + std::to_string(r)),
-                                   "V2:s", "null", true);
+    KOVAMappingReference reference(ZANUnicodeString("r" + std::to_string(r)),
+                                   ZANUnicodeString("pr" + std::to_string(r)), "V2:s", "null", true);
     EXPECT_EQ(table.AddReference(reference), S_OK);
   }
   KOVAMappingReference first = Refs(table).front();

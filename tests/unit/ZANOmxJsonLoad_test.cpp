@@ -79,7 +79,7 @@ TEST(ZANOmxJsonLoad, OneLeadingByteOrderMarkIsSkipped) {
 
 TEST(ZANOmxJsonLoad, OnlyOneByteOrderMarkAndOnlyAtTheStart) {
   for (const std::string& text : {std::string("\xEF\xBB\xBF\xEF\xBB\xBF{}"), std::string(" \xEF\xBB\xBF{}"),
-                                 std::string("{}\xEF\xBB\xBF"), std::string("\xEF\xBB{}")}) {
+                                  std::string("{}\xEF\xBB\xBF"), std::string("\xEF\xBB{}")}) {
     ZANOmxJsonObject object = Sentinel();
     EXPECT_EQ(Load(object, text), ZAN_E_INVALIDDATA) << text;
     EXPECT_TRUE(object.Has("kept"));
@@ -92,9 +92,17 @@ TEST(ZANOmxJsonLoad, RootMayBeAnyValue) {
     std::string written;
   };
   const Case cases[] = {
-      {"[1,2]", "[1,2]"},         {" \"s\" ", "\"s\""}, {"42", "42"},         {"true", "true"},
-      {"false", "false"},         {"null", "null"},     {"-0", "-0"},         {" 1e400 ", "1e400"},
-      {"-12.50E+3", "-12.50E+3"}, {"[]", "[]"},         {"\"\\u00e9\"", "\"\xC3\xA9\""},
+      {"[1,2]", "[1,2]"},
+      {" \"s\" ", "\"s\""},
+      {"42", "42"},
+      {"true", "true"},
+      {"false", "false"},
+      {"null", "null"},
+      {"-0", "-0"},
+      {" 1e400 ", "1e400"},
+      {"-12.50E+3", "-12.50E+3"},
+      {"[]", "[]"},
+      {"\"\\u00e9\"", "\"\xC3\xA9\""},
   };
   for (const Case& c : cases) {
     ZANOmxJsonObject object;
@@ -141,29 +149,108 @@ TEST(ZANOmxJsonLoad, LoadsFromUnicodeString) {
 const std::vector<std::string>& MalformedTexts() {
   static const std::vector<std::string> texts = {
       // structure
-      "{", "}", "[", "]", "[1,]", "[,1]", "{\"a\":1,}", "{,}", "{\"a\" 1}", "{\"a\":}", "{a:1}", "{1:1}",
-      "[1 2]", "{\"a\":1 \"b\":2}", "[\"a\"", "'a'", "[1]]", "{}}", "{\"a\":[1}", "[{]}", ",", ":",
+      "{",
+      "}",
+      "[",
+      "]",
+      "[1,]",
+      "[,1]",
+      "{\"a\":1,}",
+      "{,}",
+      "{\"a\" 1}",
+      "{\"a\":}",
+      "{a:1}",
+      "{1:1}",
+      "[1 2]",
+      "{\"a\":1 \"b\":2}",
+      "[\"a\"",
+      "'a'",
+      "[1]]",
+      "{}}",
+      "{\"a\":[1}",
+      "[{]}",
+      ",",
+      ":",
       // trailing content
-      "{} x", "[1] 2", "1 2", "\"a\" \"b\"", "{}{}", "[][]", "true false", "null,",
+      "{} x",
+      "[1] 2",
+      "1 2",
+      "\"a\" \"b\"",
+      "{}{}",
+      "[][]",
+      "true false",
+      "null,",
       // invalid UTF-8, in and out of strings
-      "[\"\xC3\"]", "[\"\xFF\"]", "[\"\xC0\xAF\"]", "[\"\xED\xA0\x80\"]", "[\"\xF4\x90\x80\x80\"]", "[1]\xFF",
+      "[\"\xC3\"]",
+      "[\"\xFF\"]",
+      "[\"\xC0\xAF\"]",
+      "[\"\xED\xA0\x80\"]",
+      "[\"\xF4\x90\x80\x80\"]",
+      "[1]\xFF",
       "{\"\x80\":1}",
       // lone or misordered surrogate escapes
-      "[\"\\ud800\"]", "[\"\\udc00\"]", "[\"\\ud800x\"]", "[\"\\ud800\\u0041\"]", "[\"\\udbff\\udbff\"]",
-      "[\"\\udc00\\ud800\"]", "{\"\\udfff\":1}",
+      "[\"\\ud800\"]",
+      "[\"\\udc00\"]",
+      "[\"\\ud800x\"]",
+      "[\"\\ud800\\u0041\"]",
+      "[\"\\udbff\\udbff\"]",
+      "[\"\\udc00\\ud800\"]",
+      "{\"\\udfff\":1}",
       // escapes
-      "[\"\\x\"]", "[\"\\u12\"]", "[\"\\u12G4\"]", "[\"\\\"]", "[\"\\U0041\"]", "[\"\\'\"]",
+      "[\"\\x\"]",
+      "[\"\\u12\"]",
+      "[\"\\u12G4\"]",
+      "[\"\\\"]",
+      "[\"\\U0041\"]",
+      "[\"\\'\"]",
       // not numbers of JSON
-      "[NaN]", "[Infinity]", "[-Infinity]", "NaN", "Infinity", "[nan]",
+      "[NaN]",
+      "[Infinity]",
+      "[-Infinity]",
+      "NaN",
+      "Infinity",
+      "[nan]",
       // malformed numbers
-      "[01]", "[-01]", "[00]", "[1.]", "[+1]", "[.5]", "[1e]", "[1e+]", "[1E-]", "[-]", "[0x10]", "[1.5.2]",
-      "[--1]", "[1.e5]", "01", "1.", "+1", "-", "[1e5.5]", "[2.]",
+      "[01]",
+      "[-01]",
+      "[00]",
+      "[1.]",
+      "[+1]",
+      "[.5]",
+      "[1e]",
+      "[1e+]",
+      "[1E-]",
+      "[-]",
+      "[0x10]",
+      "[1.5.2]",
+      "[--1]",
+      "[1.e5]",
+      "01",
+      "1.",
+      "+1",
+      "-",
+      "[1e5.5]",
+      "[2.]",
       // literals
-      "[tru]", "[truex]", "[nul]", "[True]", "[nulll]", "[fals]", "[falsey]", "nul",
+      "[tru]",
+      "[truex]",
+      "[nul]",
+      "[True]",
+      "[nulll]",
+      "[fals]",
+      "[falsey]",
+      "nul",
       // unescaped control characters in strings
-      "[\"a\x01b\"]", "[\"a\tb\"]", "[\"a\nb\"]", "[\"\x1F\"]", "{\"a\rb\":1}", std::string("[\"a\0b\"]", 7),
+      "[\"a\x01b\"]",
+      "[\"a\tb\"]",
+      "[\"a\nb\"]",
+      "[\"\x1F\"]",
+      "{\"a\rb\":1}",
+      std::string("[\"a\0b\"]", 7),
       // other bytes outside strings
-      std::string("[1]\0", 4), "[1,#]", "/* c */ {}",
+      std::string("[1]\0", 4),
+      "[1,#]",
+      "/* c */ {}",
   };
   return texts;
 }
@@ -199,7 +286,7 @@ TEST(ZANOmxJsonLoad, MalformedTextsAreRefusedInADocumentWithReals) {
 
 TEST(ZANOmxJsonLoad, NumberRootsWithContentAfterThemAreRefused) {
   for (const char* text : {"1e400 2", "1e400 x", "-0 1", "-0 -0", "1.5 [", "1e400]", "1e400,", "0.5 \"a\"",
-                                  "1e400 \xEF\xBB\xBF", "01 ", "-0.0 {}", "1e400 1e400"}) {
+                           "1e400 \xEF\xBB\xBF", "01 ", "-0.0 {}", "1e400 1e400"}) {
     ZANOmxJsonObject object = Sentinel();
     EXPECT_EQ(Load(object, text), ZAN_E_INVALIDDATA) << text;
     EXPECT_TRUE(object.Has("kept"));
@@ -289,9 +376,19 @@ TEST(ZANOmxJsonLoad, DuplicateKeysInALargeObject) {
 
 TEST(ZANOmxJsonLoad, NumbersOfAnySizeLoadWithTheirText) {
   const std::string thousandDigits = "9" + std::string(999, '7');
-  const std::string numbers[] = {thousandDigits, "-" + thousandDigits, "1e400", "-1e400", "1e-400",
-                                 "-0", "1E+2", "0.000", "18446744073709551615", "18446744073709551616",
-                                 "-9223372036854775808", "-9223372036854775809", "123456789.123456789e-5"};
+  const std::string numbers[] = {thousandDigits,
+                                 "-" + thousandDigits,
+                                 "1e400",
+                                 "-1e400",
+                                 "1e-400",
+                                 "-0",
+                                 "1E+2",
+                                 "0.000",
+                                 "18446744073709551615",
+                                 "18446744073709551616",
+                                 "-9223372036854775808",
+                                 "-9223372036854775809",
+                                 "123456789.123456789e-5"};
   for (const std::string& n : numbers) {
     ZANOmxJsonObject object;
     ASSERT_EQ(Load(object, "{\"n\":" + n + "}"), S_OK) << n;

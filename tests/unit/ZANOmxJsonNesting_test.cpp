@@ -26,8 +26,8 @@ HRESULT Load(ZANOmxJsonObject& object, const std::string& text) {
 TEST(ZANOmxJsonNesting, ThousandLevelsLoadAndWriteBack) {
   // With an integer and with a real inside (the two ways a document is read).
   for (const std::string& inner : {std::string("1"), std::string("1.5")}) {
-    for (const std::string& text : {NestedArrays(1000, inner), NestedObjects(1000, inner),
-                                    "{\"x\":" + NestedArrays(999, inner) + "}"}) {
+    for (const std::string& text :
+         {NestedArrays(1000, inner), NestedObjects(1000, inner), "{\"x\":" + NestedArrays(999, inner) + "}"}) {
       ZANOmxJsonObject object;
       ASSERT_EQ(Load(object, text), S_OK) << text.substr(0, 20);
       EXPECT_TRUE(object.ToString().ConvertToChar() == text) << text.substr(0, 20);
@@ -61,9 +61,9 @@ TEST(ZANOmxJsonNesting, TenThousandLevelsAreTheLimit) {
 
 TEST(ZANOmxJsonNesting, HundredThousandLevelsAreRefusedWithoutCrashing) {
   for (const std::string& inner : {std::string("1"), std::string("1.5"), std::string("1e400")}) {
-    for (const std::string& text : {NestedArrays(100000, inner), NestedObjects(100000, inner),
-                                    "[1e400," + NestedArrays(100000, inner) + "]",
-                                    "{\"n\":1e400,\"v\":" + NestedObjects(100000, inner) + "}"}) {
+    for (const std::string& text :
+         {NestedArrays(100000, inner), NestedObjects(100000, inner), "[1e400," + NestedArrays(100000, inner) + "]",
+          "{\"n\":1e400,\"v\":" + NestedObjects(100000, inner) + "}"}) {
       ZANOmxJsonObject object;
       ASSERT_EQ(object.PutInteger("kept", 1), S_OK);
       EXPECT_EQ(Load(object, text), ZAN_E_INVALIDDATA);

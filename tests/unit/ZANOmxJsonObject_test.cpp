@@ -37,11 +37,11 @@ TEST(ZANOmxJsonObject, NewObjectIsEmpty) {
 }
 
 TEST(ZANOmxJsonObject, GetIntegerAcceptsOnlyIntegerTokensThatFit32Bits) {
-  const ZANOmxJsonObject object = Parse(
-      R"({"max":2147483647,"min":-2147483648,"zero":0,"negzero":-0,"over":2147483648,"under":-2147483649,)"
-      R"("real":1.0,"exp":1e2,"EXP":1E+2,"string":"1","bool":true,"null":null,"array":[1],"object":{},)"
-      R"("big":9223372036854775807,"huge":)" +
-      std::string(1000, '1') + "}");
+  const ZANOmxJsonObject object =
+      Parse(R"({"max":2147483647,"min":-2147483648,"zero":0,"negzero":-0,"over":2147483648,"under":-2147483649,)"
+            R"("real":1.0,"exp":1e2,"EXP":1E+2,"string":"1","bool":true,"null":null,"array":[1],"object":{},)"
+            R"("big":9223372036854775807,"huge":)" +
+            std::string(1000, '1') + "}");
   int value = 0;
   EXPECT_EQ(object.GetInteger("max", value), S_OK);
   EXPECT_EQ(value, 2147483647);
@@ -54,8 +54,8 @@ TEST(ZANOmxJsonObject, GetIntegerAcceptsOnlyIntegerTokensThatFit32Bits) {
   EXPECT_EQ(object.GetInteger("negzero", value), S_OK);
   EXPECT_EQ(value, 0);
 
-  for (const char* key : {"over", "under", "real", "exp", "EXP", "string", "bool", "null", "array", "object", "big",
-                          "huge"}) {
+  for (const char* key :
+       {"over", "under", "real", "exp", "EXP", "string", "bool", "null", "array", "object", "big", "huge"}) {
     value = 77;
     EXPECT_EQ(object.GetInteger(key, value), ZAN_E_TYPEMISMATCH) << key;
     EXPECT_EQ(value, 77) << key;
@@ -66,9 +66,9 @@ TEST(ZANOmxJsonObject, GetIntegerAcceptsOnlyIntegerTokensThatFit32Bits) {
 }
 
 TEST(ZANOmxJsonObject, GetRealReadsAnyNumber) {
-  const ZANOmxJsonObject object = Parse(
-      R"({"i":12,"r":0.1,"e":-2.5E-3,"inf":1e400,"ninf":-1e400,"tiny":1e-400,"ntiny":-1e-400,"denorm":5e-324,)"
-      R"("big":123456789012345678901234567890,"negzero":-0.0,"s":"1.5","b":false})");
+  const ZANOmxJsonObject object =
+      Parse(R"({"i":12,"r":0.1,"e":-2.5E-3,"inf":1e400,"ninf":-1e400,"tiny":1e-400,"ntiny":-1e-400,"denorm":5e-324,)"
+            R"("big":123456789012345678901234567890,"negzero":-0.0,"s":"1.5","b":false})");
   double value = 0;
   EXPECT_EQ(object.GetReal("i", value), S_OK);
   EXPECT_EQ(value, 12.0);
@@ -147,19 +147,18 @@ TEST(ZANOmxJsonObject, OtherGettersCheckTheType) {
 }
 
 TEST(ZANOmxJsonObject, GetTypeTellsTheKind) {
-  const ZANOmxJsonObject object = Parse(
-      R"({"n":null,"t":true,"f":false,"i":-7,"negzero":-0,"r":1.5,"e":1e2,"big":4294967296,)"
-      R"("s":"x","a":[],"o":{}})");
+  const ZANOmxJsonObject object =
+      Parse(R"({"n":null,"t":true,"f":false,"i":-7,"negzero":-0,"r":1.5,"e":1e2,"big":4294967296,)"
+            R"("s":"x","a":[],"o":{}})");
   struct Case {
     const char* key;
     ZANOmxJsonType type;
   };
-  const Case cases[] = {{"n", ZANOmxJsonType::Null},        {"t", ZANOmxJsonType::Boolean},
-                        {"f", ZANOmxJsonType::Boolean},     {"i", ZANOmxJsonType::Integer},
-                        {"negzero", ZANOmxJsonType::Integer}, {"r", ZANOmxJsonType::Real},
-                        {"e", ZANOmxJsonType::Real},        {"big", ZANOmxJsonType::Real},
-                        {"s", ZANOmxJsonType::String},      {"a", ZANOmxJsonType::Array},
-                        {"o", ZANOmxJsonType::Object}};
+  const Case cases[] = {
+      {"n", ZANOmxJsonType::Null},    {"t", ZANOmxJsonType::Boolean},       {"f", ZANOmxJsonType::Boolean},
+      {"i", ZANOmxJsonType::Integer}, {"negzero", ZANOmxJsonType::Integer}, {"r", ZANOmxJsonType::Real},
+      {"e", ZANOmxJsonType::Real},    {"big", ZANOmxJsonType::Real},        {"s", ZANOmxJsonType::String},
+      {"a", ZANOmxJsonType::Array},   {"o", ZANOmxJsonType::Object}};
   for (const Case& c : cases) {
     ZANOmxJsonType type = ZANOmxJsonType::Null;
     if (c.type == ZANOmxJsonType::Null) type = ZANOmxJsonType::Object;

@@ -19,9 +19,8 @@ TEST(ZANOmxJsonText, CompactTextKeepsInsertionOrderAndNumberTokens) {
   const std::string text = R"( {
       "zeta" : 1 , "alpha" : [ 1.50 , -0 , 1E+2 , 2e-3 , 123456789012345678901234567890 ] ,
       "mid" : { "b" : null , "a" : true } , "s" : "x y" , "f" : false } )";
-  EXPECT_EQ(Text(Parse(text)),
-            R"({"zeta":1,"alpha":[1.50,-0,1E+2,2e-3,123456789012345678901234567890],)"
-            R"("mid":{"b":null,"a":true},"s":"x y","f":false})");
+  EXPECT_EQ(Text(Parse(text)), R"({"zeta":1,"alpha":[1.50,-0,1E+2,2e-3,123456789012345678901234567890],)"
+                               R"("mid":{"b":null,"a":true},"s":"x y","f":false})");
 }
 
 TEST(ZANOmxJsonText, OnlyQuoteBackslashAndControlCharactersAreEscaped) {
@@ -40,7 +39,7 @@ TEST(ZANOmxJsonText, EscapesAtEveryPlaceOfLongStrings) {
     char c;
     const char* written;
   };
-  const Special specials[] = {{'"', "\\\""}, {'\\', "\\\\"}, {'\n', "\\n"}, {'\x01', "\\u0001"},
+  const Special specials[] = {{'"', "\\\""},       {'\\', "\\\\"},   {'\n', "\\n"}, {'\x01', "\\u0001"},
                               {'\x1F', "\\u001F"}, {'\x7F', "\x7F"}, {' ', " "}};
   for (std::size_t length = 1; length < 48; ++length) {
     for (std::size_t at = 0; at < length; ++at) {
@@ -78,7 +77,9 @@ TEST(ZANOmxJsonText, EscapesAtEveryPlaceOfLongStrings) {
 
 TEST(ZANOmxJsonText, EscapedInputIsWrittenAsRawUtf8) {
   const ZANOmxJsonObject object = Parse(R"({"s":"\u00e9\u4e2d\ud83d\ude00\u0041\/"})");
-  EXPECT_EQ(Text(object), "{\"s\":\"\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80" "A/\"}");
+  EXPECT_EQ(Text(object),
+            "{\"s\":\"\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"
+            "A/\"}");
 }
 
 TEST(ZANOmxJsonText, RoundTripGivesTheSameDocument) {

@@ -172,13 +172,13 @@ TEST(ZANSysCompression, CorruptStreamsAreBadData) {
   std::string badCheck = stream;
   badCheck[1] = static_cast<char>(badCheck[1] ^ 1);
   std::string badMethod = stream;
-  badMethod[0] = 0x77;  // method 7
+  badMethod[0] = 0x77;                                              // method 7
   std::string dictionary = Bytes({0x78, 0xBB}) + stream.substr(2);  // FDICT set, header check kept
   ASSERT_EQ((0x78u * 256u + 0xBBu) % 31u, 0u);
 
-  for (const std::string& bad : {std::string(), std::string("x"), stream.substr(0, 5), stream.substr(0, stream.size() / 2),
-                                 stream.substr(0, stream.size() - 1), badAdler, badCheck, badMethod, dictionary,
-                                 RandomBytes(3000, 8), std::string(64, '\0')}) {
+  for (const std::string& bad : {std::string(), std::string("x"), stream.substr(0, 5),
+                                 stream.substr(0, stream.size() / 2), stream.substr(0, stream.size() - 1), badAdler,
+                                 badCheck, badMethod, dictionary, RandomBytes(3000, 8), std::string(64, '\0')}) {
     const Outcome back = Uncompress(bad, data.size() + 100);
     EXPECT_EQ(back.status, ZANZ_E_BADDATA) << bad.size();
     EXPECT_TRUE(back.bytes.empty());

@@ -32,8 +32,8 @@ void ExpectHolds(const ZANUnicodeString& s, const std::string& expected) {
 }
 
 TEST(ZANUnicodeStringStorage, LengthsAroundTheInlineCapacityKeepTheirText) {
-  for (std::size_t length : {std::size_t{0}, std::size_t{1}, kInline - 1, kInline, kInline + 1, kInline + 2,
-                             std::size_t{200}}) {
+  for (std::size_t length :
+       {std::size_t{0}, std::size_t{1}, kInline - 1, kInline, kInline + 1, kInline + 2, std::size_t{200}}) {
     SCOPED_TRACE(length);
     const std::string text = Text(length);
     ExpectHolds(ZANUnicodeString(text), text);

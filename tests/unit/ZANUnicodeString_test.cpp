@@ -14,17 +14,29 @@ TEST(ZANUnicodeString, DefaultIsEmpty) {
 }
 
 TEST(ZANUnicodeString, NarrowFormIsUtf8AndLengthCountsCodePoints) {
-  const ZANUnicodeString s("Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC \xF0\x9F\x98\x80");  // Grüße € 😀
+  const ZANUnicodeString s(
+      "Gr\xC3\xBC\xC3\x9F"
+      "e \xE2\x82\xAC \xF0\x9F\x98\x80");  // Grüße € 😀
   EXPECT_EQ(s.GetLengthInChar(), 9);
   EXPECT_EQ(s.GetLengthInByte(), 16u);
-  EXPECT_EQ(s.ConvertToChar(), "Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC \xF0\x9F\x98\x80");
+  EXPECT_EQ(s.ConvertToChar(),
+            "Gr\xC3\xBC\xC3\x9F"
+            "e \xE2\x82\xAC \xF0\x9F\x98\x80");
 }
 
 TEST(ZANUnicodeString, InvalidBytesBecomeReplacementCharacters) {
   // A lone continuation byte, a truncated 3-byte sequence before an ASCII letter, an overlong
   // encoding of '/', and an encoded surrogate.
-  EXPECT_EQ(ZANUnicodeString("a\x80" "b").ConvertToChar(), "a\xEF\xBF\xBD" "b");
-  EXPECT_EQ(ZANUnicodeString("\xE2\x82" "x").ConvertToChar(), "\xEF\xBF\xBD" "x");
+  EXPECT_EQ(ZANUnicodeString("a\x80"
+                             "b")
+                .ConvertToChar(),
+            "a\xEF\xBF\xBD"
+            "b");
+  EXPECT_EQ(ZANUnicodeString("\xE2\x82"
+                             "x")
+                .ConvertToChar(),
+            "\xEF\xBF\xBD"
+            "x");
   EXPECT_EQ(ZANUnicodeString("\xC0\xAF").ConvertToChar(), "\xEF\xBF\xBD\xEF\xBF\xBD");
   EXPECT_EQ(ZANUnicodeString("\xED\xA0\x80").ConvertToChar(), "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
   EXPECT_EQ(ZANUnicodeString("\xF4\x90\x80\x80").GetLengthInChar(), 4);
@@ -34,7 +46,7 @@ TEST(ZANUnicodeString, InvalidBytesBecomeReplacementCharacters) {
 TEST(ZANUnicodeString, OrderIsCodePointOrder) {
   EXPECT_LT(ZANUnicodeString("A"), ZANUnicodeString("B"));
   EXPECT_LT(ZANUnicodeString("Z"), ZANUnicodeString("a"));
-  EXPECT_LT(ZANUnicodeString("z"), ZANUnicodeString("\xC3\xA9"));                 // U+00E9
+  EXPECT_LT(ZANUnicodeString("z"), ZANUnicodeString("\xC3\xA9"));                     // U+00E9
   EXPECT_LT(ZANUnicodeString("\xEF\xBF\xBD"), ZANUnicodeString("\xF0\x9F\x98\x80"));  // U+FFFD < U+1F600
   EXPECT_LT(ZANUnicodeString("ab"), ZANUnicodeString("abc"));
   EXPECT_FALSE(ZANUnicodeString("abc") < ZANUnicodeString("abc"));
@@ -48,7 +60,9 @@ TEST(ZANUnicodeString, NulCharacterIsCountedButEndsTheCharPointer) {
 }
 
 TEST(ZANUnicodeString, SubStringCountsCodePoints) {
-  const ZANUnicodeString s("\xC3\xA9t\xC3\xA9" "42");  // été42
+  const ZANUnicodeString s(
+      "\xC3\xA9t\xC3\xA9"
+      "42");  // été42
   EXPECT_EQ(s.SubString(1, 2).ConvertToChar(), "t\xC3\xA9");
   EXPECT_EQ(s.SubString(3, 100).ConvertToChar(), "42");
   EXPECT_EQ(s.SubString(5, 1).ConvertToChar(), "");

@@ -32,10 +32,16 @@ class Slot {
     return type;
   }
 
-  HRESULT Get(ZANUnicodeString& value) const { return object_ ? object_->GetString(key_, value) : array_->GetString(index_, value); }
-  HRESULT Get(int& value) const { return object_ ? object_->GetInteger(key_, value) : array_->GetInteger(index_, value); }
+  HRESULT Get(ZANUnicodeString& value) const {
+    return object_ ? object_->GetString(key_, value) : array_->GetString(index_, value);
+  }
+  HRESULT Get(int& value) const {
+    return object_ ? object_->GetInteger(key_, value) : array_->GetInteger(index_, value);
+  }
   HRESULT Get(double& value) const { return object_ ? object_->GetReal(key_, value) : array_->GetReal(index_, value); }
-  HRESULT Get(bool& value) const { return object_ ? object_->GetBoolean(key_, value) : array_->GetBoolean(index_, value); }
+  HRESULT Get(bool& value) const {
+    return object_ ? object_->GetBoolean(key_, value) : array_->GetBoolean(index_, value);
+  }
   HRESULT Get(ZANOmxJsonObject& value) const {
     return object_ ? object_->GetJsonObject(key_, value) : array_->GetJsonObject(index_, value);
   }

@@ -18,8 +18,9 @@ ToolError InTheCommandsWords(const generator::BadOptions& error) {
 
 }  // namespace
 
-DocumentGenerator::DocumentGenerator(const GeneratorOptions& options) try : generator::Generator(options) {
-} catch (const generator::BadOptions& error) {
+DocumentGenerator::DocumentGenerator(const GeneratorOptions& options) try : generator
+  ::Generator(options) {}
+catch (const generator::BadOptions& error) {
   throw InTheCommandsWords(error);
 }
 

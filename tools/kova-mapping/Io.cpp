@@ -94,9 +94,10 @@ std::string ReadInput(const std::string& path) {
     } while (fd < 0 && errno == EINTR);
     if (fd < 0) {
       const int error = errno;
-      throw ToolError(path + ": " + (error == ENOENT || error == EACCES || error == EPERM || error == EISDIR
-                                         ? Reason(error)
-                                         : "cannot read (" + Reason(error) + ")"));
+      throw ToolError(path + ": " +
+                      (error == ENOENT || error == EACCES || error == EPERM || error == EISDIR
+                           ? Reason(error)
+                           : "cannot read (" + Reason(error) + ")"));
     }
     try {
       text = ReadAll(fd, path);

@@ -39,33 +39,39 @@ int main(int argc, char** argv) {
   // A closed pipe is a write error like any other, reported on one line.
   std::signal(SIGPIPE, SIG_IGN);
 
-  CLI::App app{"Look into, convert and make mapping documents (versions 6 to 12, plain or in a compressed\n"
-               "envelope) and synchro stamps, with the KOVAMappingServices library.\n"
-               "Every FILE may be - for standard input.",
-               "kova-mapping"};
+  CLI::App app{
+      "Look into, convert and make mapping documents (versions 6 to 12, plain or in a compressed\n"
+      "envelope) and synchro stamps, with the KOVAMappingServices library.\n"
+      "Every FILE may be - for standard input.",
+      "kova-mapping"};
   app.set_version_flag("--version", VersionText(), "Show the tool's version and exit");
   app.require_subcommand(1);
-  app.footer("Environment: ActivateKOVALogger (show the library's diagnostic lines), RollBackMappingVersion\n"
-             "(write version 11), IPLX_ACTIVATE_MAPPING_COMPRESSION (write envelopes), DONOTUSE_ENABLEKSSGEN\n"
-             "(allow stamp computation). Run kova-mapping COMMAND --help for a command's options.");
+  app.footer(
+      "Environment: ActivateKOVALogger (show the library's diagnostic lines), RollBackMappingVersion\n"
+      "(write version 11), IPLX_ACTIVATE_MAPPING_COMPRESSION (write envelopes), DONOTUSE_ENABLEKSSGEN\n"
+      "(allow stamp computation). Run kova-mapping COMMAND --help for a command's options.");
 
   CheckOptions check;
-  CLI::App* checkCommand = app.add_subcommand("check", "Read each document and print one line: ok with what it holds, or the error");
+  CLI::App* checkCommand =
+      app.add_subcommand("check", "Read each document and print one line: ok with what it holds, or the error");
   checkCommand->add_option("FILE", check.files, "Mapping documents")->required();
   AddOutput(*checkCommand, check.output);
   checkCommand->footer("Exit status: 0 when every document reads, 1 otherwise, 2 on a usage error.");
 
   DumpOptions dump;
-  CLI::App* dumpCommand = app.add_subcommand("dump", "Print the table of a document as the library dumps it, then its custom data");
+  CLI::App* dumpCommand =
+      app.add_subcommand("dump", "Print the table of a document as the library dumps it, then its custom data");
   dumpCommand->add_option("FILE", dump.file, "Mapping document")->required();
   AddOutput(*dumpCommand, dump.output);
   dumpCommand->footer("Exit status: 0 when the document reads, 1 otherwise (what was read is dumped).");
 
   ConvertOptions convert;
-  CLI::App* convertCommand = app.add_subcommand("convert", "Read a document of any version and write it in the current version");
+  CLI::App* convertCommand =
+      app.add_subcommand("convert", "Read a document of any version and write it in the current version");
   convertCommand->add_option("FILE", convert.file, "Mapping document, plain or enveloped")->required();
   AddOutput(*convertCommand, convert.output);
-  CLI::Option* compressOption = convertCommand->add_flag("--compress", convert.compress, "Write the compressed envelope");
+  CLI::Option* compressOption =
+      convertCommand->add_flag("--compress", convert.compress, "Write the compressed envelope");
   CLI::Option* plainOption = convertCommand->add_flag(
       "--plain", convert.plain, "Write plain JSON even when IPLX_ACTIVATE_MAPPING_COMPRESSION is set");
   compressOption->excludes(plainOption);
@@ -81,7 +87,8 @@ int main(int argc, char** argv) {
   AddOutput(*unpackCommand, unpack.output);
 
   StampOptions stamp;
-  CLI::App* stampCommand = app.add_subcommand("stamp", "Compute the synchro stamp of attribute values (needs DONOTUSE_ENABLEKSSGEN)");
+  CLI::App* stampCommand =
+      app.add_subcommand("stamp", "Compute the synchro stamp of attribute values (needs DONOTUSE_ENABLEKSSGEN)");
   stampCommand->add_option("ATTRS", stamp.file, "JSON object of attribute names and values")->required();
   CLI::Option* namesOption = stampCommand->add_option(
       "--names", stamp.names, "Stamp only these attributes, read from a platform object made of the file");
@@ -90,7 +97,8 @@ int main(int argc, char** argv) {
   AddOutput(*stampCommand, stamp.output);
   stampCommand->footer(
       "Values: \"text\" string, 42 integer (32 bits), 2.5 real, true/false boolean, null unset string,\n"
-      "[...] list, {\"time\": SECONDS}, {\"enum\": N}, {\"unset\": \"string\"|\"integer\"|\"real\"|\"boolean\"|\"time\"}.");
+      "[...] list, {\"time\": SECONDS}, {\"enum\": N}, {\"unset\": "
+      "\"string\"|\"integer\"|\"real\"|\"boolean\"|\"time\"}.");
 
   CesOptions ces;
   CLI::App* cesCommand = app.add_subcommand("ces", "Print the stamp derived from a CE stamp (V0KSS:...)");
@@ -98,7 +106,8 @@ int main(int argc, char** argv) {
   AddOutput(*cesCommand, ces.output);
 
   DiffOptions diff;
-  CLI::App* diffCommand = app.add_subcommand("diff", "List the references and instances added, removed, moved and changed");
+  CLI::App* diffCommand =
+      app.add_subcommand("diff", "List the references and instances added, removed, moved and changed");
   diffCommand->add_option("OLD", diff.oldFile, "Earlier mapping document")->required();
   diffCommand->add_option("NEW", diff.newFile, "Later mapping document")->required();
   AddOutput(*diffCommand, diff.output);
@@ -106,7 +115,8 @@ int main(int argc, char** argv) {
 
   GenerateOptions generate;
   std::int64_t seed = 1;
-  CLI::App* generateCommand = app.add_subcommand("generate", "Write a valid synthetic document (the same seed gives the same document)");
+  CLI::App* generateCommand =
+      app.add_subcommand("generate", "Write a valid synthetic document (the same seed gives the same document)");
   generateCommand->add_option("--references", generate.references, "Number of references (the first is the root)")
       ->required()
       ->check(CLI::Range(std::int64_t{0}, std::int64_t{std::numeric_limits<std::int32_t>::max()}));
