@@ -11,7 +11,6 @@
 #include "Text.h"
 
 using kova::capi::Failure;
-using kova::capi::RefusedArgument;
 using kova::capi::Required;
 using kova::capi::RequiredKind;
 using kova::capi::Run;

@@ -53,6 +53,7 @@ void Emit(LineKind kind, const ZANUnicodeString& message, const ZANUnicodeString
 
 bool KOVALogger::IsActive() { return SwitchSet() || kova::diagnostics::CapturesActive(); }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the exported signature takes them by value
 void KOVALogger::log(ZANUnicodeString message, ZANUnicodeString context) {
   // Prints whenever it is called, as it always has, unless a capture of this thread takes the
   // line and the environment switch is not set.

@@ -14,11 +14,13 @@ KOVAMappingInstance::KOVAMappingInstance(ZANUnicodeString kovaId, ZANUnicodeStri
                                                                      std::move(kssStamp), std::move(refId),
                                                                      std::move(customData), isLocal)) {}
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the exported signature takes it by value
 KOVAMappingInstance::KOVAMappingInstance(ZANUnicodeString kovaId, ZANPLMID_Simple plmId, ZANUnicodeString kssStamp,
                                          ZANUnicodeString refId, ZANUnicodeString customData, bool isLocal)
     : KOVAMappingInstance(std::move(kovaId), plmId.GetLogicalId().ToString(), std::move(kssStamp), std::move(refId),
                           std::move(customData), isLocal) {}
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the exported signature takes it by value
 KOVAMappingInstance::KOVAMappingInstance(KOVAMappingPrivateInstance privateInstance)
     : KOVAMappingObject(std::make_shared<KOVAMappingPrivateInstance>(std::move(privateInstance))) {}
 

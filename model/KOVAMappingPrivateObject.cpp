@@ -140,6 +140,7 @@ bool KOVAMappingPrivateObject::CompareKSS(const KOVAMappingPrivateObject& other)
   return kssStamp_ == other.kssStamp_;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the exported signature takes it by value
 bool KOVAMappingPrivateObject::CompareKSS(ZANUnicodeString stamp) const { return kssStamp_ == stamp; }
 
 bool KOVAMappingPrivateObject::operator==(const KOVAMappingPrivateObject& other) const {

@@ -56,6 +56,7 @@ InstanceVectorIndex& KOVAMappingPrivateReference::Index() {
   return *index_;
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the exported signatures take these by value
 HRESULT KOVAMappingPrivateReference::AddInstance(KOVAMappingInstance instance) {
   InstanceVectorIndex& index = Index();
   ContainerIndex::Hashes hashes;
@@ -72,6 +73,7 @@ HRESULT KOVAMappingPrivateReference::RemoveInstance(KOVAMappingInstance instance
   index.EraseAt(position);
   return S_OK;
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 std::vector<KOVAMappingInstance>& KOVAMappingPrivateReference::GetInstances() {
   // Only the first hand-out changes anything: from then on the index watches the vector.

@@ -13,7 +13,6 @@ using kova::model::ContainerIndex;
 using kova::model::IndexAccess;
 using kova::model::ReferenceVectorIndex;
 using kova::model::TableIndexes;
-using kova::model::TableInstanceIndex;
 constexpr std::uint32_t kNone = ContainerIndex::kNone;
 
 // The document version of this process, fixed when the library is loaded.
@@ -25,9 +24,10 @@ std::int32_t KOVAMappingPrivateTable::GetCurrentVersion() { return kCurrentVersi
 
 KOVAMappingPrivateTable::KOVAMappingPrivateTable() : version_(kCurrentVersion) {}
 
-// The copy starts without indexes and with its own vector, not handed out.
+// The copy starts without indexes and with its own vector, not handed out, and owned by no handle
+// (copying enable_shared_from_this leaves the copy's owner empty).
 KOVAMappingPrivateTable::KOVAMappingPrivateTable(const KOVAMappingPrivateTable& other)
-    : std::enable_shared_from_this<KOVAMappingPrivateTable>(),
+    : std::enable_shared_from_this<KOVAMappingPrivateTable>(other),
       version_(other.version_),
       references_(other.references_) {}
 
@@ -61,6 +61,7 @@ TableIndexes& KOVAMappingPrivateTable::Indexes() {
   return *indexes_;
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the exported signatures take these by value
 HRESULT KOVAMappingPrivateTable::AddReference(KOVAMappingReference reference) {
   ReferenceVectorIndex& references = Indexes().References();
   ContainerIndex::Hashes hashes;
@@ -91,6 +92,7 @@ HRESULT KOVAMappingPrivateTable::RemoveInstance(KOVAMappingInstance& instance, K
   if (position == kNone) return E_FAIL;
   return references_[position].RemoveInstance(instance);
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 namespace kova::model {
 
@@ -114,6 +116,7 @@ HRESULT FindInstance(KOVAMappingPrivateTable& table, const ZANUnicodeString& id,
 
 }  // namespace kova::model
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the exported signatures take these by value
 HRESULT KOVAMappingPrivateTable::GetReferenceFromKOVAId(ZANUnicodeString id, KOVAMappingReference& out) {
   return kova::model::FindReference(*this, id, true, out);
 }
@@ -129,6 +132,7 @@ HRESULT KOVAMappingPrivateTable::GetInstanceFromKOVAId(ZANUnicodeString id, KOVA
 HRESULT KOVAMappingPrivateTable::GetInstanceFromPlexoId(ZANUnicodeString id, KOVAMappingInstance& out) {
   return kova::model::FindInstance(*this, id, false, out);
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 HRESULT KOVAMappingPrivateTable::GetRootReference(KOVAMappingReference& out) {
   const std::uint32_t position = Indexes().References().FirstNotLocal();

@@ -13,11 +13,13 @@ KOVAMappingReference::KOVAMappingReference(ZANUnicodeString kovaId, ZANUnicodeSt
     : KOVAMappingObject(std::make_shared<KOVAMappingPrivateReference>(
           std::move(kovaId), std::move(plexoId), std::move(kssStamp), std::move(customData), isLocal)) {}
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the exported signature takes it by value
 KOVAMappingReference::KOVAMappingReference(ZANUnicodeString kovaId, ZANPLMID_Simple plmId, ZANUnicodeString kssStamp,
                                            ZANUnicodeString customData, bool isLocal)
     : KOVAMappingReference(std::move(kovaId), plmId.GetLogicalId().ToString(), std::move(kssStamp),
                            std::move(customData), isLocal) {}
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the exported signature takes it by value
 KOVAMappingReference::KOVAMappingReference(KOVAMappingPrivateReference privateReference)
     : KOVAMappingObject(std::make_shared<KOVAMappingPrivateReference>(std::move(privateReference))) {}
 
@@ -34,13 +36,13 @@ KOVAMappingReference& KOVAMappingReference::operator=(const KOVAMappingReference
 
 KOVAMappingReference::~KOVAMappingReference() = default;
 
-HRESULT KOVAMappingReference::AddInstance(KOVAMappingInstance instance) {
-  return Private()->AddInstance(std::move(instance));
-}
+// NOLINTBEGIN(performance-unnecessary-value-param): the exported signatures take these by value
+HRESULT KOVAMappingReference::AddInstance(KOVAMappingInstance instance) { return Private()->AddInstance(instance); }
 
 HRESULT KOVAMappingReference::RemoveInstance(KOVAMappingInstance instance) {
-  return Private()->RemoveInstance(std::move(instance));
+  return Private()->RemoveInstance(instance);
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 std::vector<KOVAMappingInstance>& KOVAMappingReference::GetInstances() { return Private()->GetInstances(); }
 

@@ -28,6 +28,7 @@ HRESULT KOVAMappingTable::RemoveInstance(KOVAMappingInstance& instance, KOVAMapp
   return private_->RemoveInstance(instance, reference);
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the exported signatures take these by value
 HRESULT KOVAMappingTable::GetReferenceFromKOVAId(ZANUnicodeString id, KOVAMappingReference& out) {
   return kova::model::FindReference(*private_, id, true, out);
 }
@@ -43,6 +44,7 @@ HRESULT KOVAMappingTable::GetInstanceFromKOVAId(ZANUnicodeString id, KOVAMapping
 HRESULT KOVAMappingTable::GetInstanceFromPlexoId(ZANUnicodeString id, KOVAMappingInstance& out) {
   return kova::model::FindInstance(*private_, id, false, out);
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 HRESULT KOVAMappingTable::GetRootReference(KOVAMappingReference& out) { return private_->GetRootReference(out); }
 

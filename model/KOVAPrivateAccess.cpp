@@ -12,13 +12,15 @@ std::shared_ptr<KOVAMappingPrivateReference> KOVAPrivateAccess::GetPrivate(const
 
 KOVAMappingPrivateTable* KOVAPrivateAccess::GetPrivate(KOVAMappingTable& table) { return table.private_.get(); }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the exported signatures take these by value
 KOVAMappingInstance KOVAPrivateAccess::GetPublic(KOVAMappingPrivateInstance privateInstance) {
-  return KOVAMappingInstance(std::move(privateInstance));
+  return KOVAMappingInstance(privateInstance);
 }
 
 KOVAMappingReference KOVAPrivateAccess::GetPublic(KOVAMappingPrivateReference privateReference) {
-  return KOVAMappingReference(std::move(privateReference));
+  return KOVAMappingReference(privateReference);
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 KOVAMappingTable KOVAPrivateAccess::GetPublic(KOVAMappingPrivateTable& privateTable) {
   KOVAMappingTable table;

@@ -91,12 +91,14 @@ class ObjectLinks {
   static constexpr std::uintptr_t kHandedOut = 2;
   static constexpr std::uintptr_t kFlags = kArray | kHandedOut;
 
+  // NOLINTBEGIN(performance-no-int-to-ptr): links are addresses with flags in their low bits, in one word
   static ContainerIndex* Container(std::uintptr_t link) noexcept {
     return reinterpret_cast<ContainerIndex*>(link & ~kFlags);
   }
   static std::vector<std::uintptr_t>* Array(std::uintptr_t word) noexcept {
     return reinterpret_cast<std::vector<std::uintptr_t>*>(word & ~kFlags);
   }
+  // NOLINTEND(performance-no-int-to-ptr)
 };
 
 // Called by a handle at slot just before it stops holding object (assignment or destruction). When

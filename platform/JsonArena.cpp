@@ -25,13 +25,13 @@ void* MapHuge(std::size_t size) {
   void* mapped = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (mapped == MAP_FAILED) throw std::bad_alloc();
   const auto base = reinterpret_cast<std::uintptr_t>(mapped);
-  const std::uintptr_t start = (base + kHugePage - 1) & ~(kHugePage - 1);
-  const std::size_t head = start - base;
+  const std::size_t head = ((base + kHugePage - 1) & ~(kHugePage - 1)) - base;
+  char* start = static_cast<char*>(mapped) + head;
   const std::size_t tail = span - head - size;
   if (head != 0) munmap(mapped, head);
-  if (tail != 0) munmap(reinterpret_cast<void*>(start + size), tail);
-  madvise(reinterpret_cast<void*>(start), size, MADV_HUGEPAGE);
-  return reinterpret_cast<void*>(start);
+  if (tail != 0) munmap(start + size, tail);
+  madvise(start, size, MADV_HUGEPAGE);
+  return start;
 }
 #endif
 
@@ -82,9 +82,9 @@ void Arena::NewChunk(std::size_t minimum) {
 
 void* Arena::AllocateSlow(std::size_t bytes, std::size_t align) {
   NewChunk(bytes + align);
-  const std::uintptr_t at = (reinterpret_cast<std::uintptr_t>(cur_) + (align - 1)) & ~(align - 1);
-  cur_ = reinterpret_cast<char*>(at + bytes);
-  return reinterpret_cast<void*>(at);
+  char* at = cur_ + Padding(cur_, align);
+  cur_ = at + bytes;
+  return at;
 }
 
 void Arena::Reserve(std::size_t bytes) {

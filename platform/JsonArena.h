@@ -24,10 +24,11 @@ class Arena {
   // Room for bytes bytes aligned on align (a power of two, at most alignof(std::max_align_t)).
   // Throws std::bad_alloc when memory is exhausted.
   void* Allocate(std::size_t bytes, std::size_t align) {
-    const std::uintptr_t at = (reinterpret_cast<std::uintptr_t>(cur_) + (align - 1)) & ~(align - 1);
-    if (cur_ != nullptr && at + bytes <= reinterpret_cast<std::uintptr_t>(end_)) {
-      cur_ = reinterpret_cast<char*>(at + bytes);
-      return reinterpret_cast<void*>(at);
+    const std::size_t padding = Padding(cur_, align);
+    if (cur_ != nullptr && padding + bytes <= FreeSize()) {
+      char* at = cur_ + padding;
+      cur_ = at + bytes;
+      return at;
     }
     return AllocateSlow(bytes, align);
   }
@@ -65,6 +66,12 @@ class Arena {
     Chunk* next;
     std::size_t size;
   };
+
+  // The bytes to skip from p to the next address aligned on align (a power of two). Aligned
+  // pointers are p moved on by it, so that they keep pointing into p's chunk.
+  static std::size_t Padding(const char* p, std::size_t align) noexcept {
+    return static_cast<std::size_t>((std::uintptr_t{0} - reinterpret_cast<std::uintptr_t>(p)) & (align - 1));
+  }
 
   void* AllocateSlow(std::size_t bytes, std::size_t align);
   void NewChunk(std::size_t minimum);

@@ -85,10 +85,12 @@ class TokenBuilder {
       od::object object;
       if (v.get_object().get(object) != simdjson::SUCCESS) return false;
       if (object.begin().get(frame.fields) != simdjson::SUCCESS) return false;
+      if (object.end().get(frame.fieldsEnd) != simdjson::SUCCESS) return false;
     } else {
       od::array array;
       if (v.get_array().get(array) != simdjson::SUCCESS) return false;
       if (array.begin().get(frame.elements) != simdjson::SUCCESS) return false;
+      if (array.end().get(frame.elementsEnd) != simdjson::SUCCESS) return false;
     }
     frames_.push_back(frame);
     return true;
@@ -103,7 +105,7 @@ class TokenBuilder {
       if (frame.node->kind == NodeKind::Object) {
         if (frame.started) ++frame.fields;
         frame.started = true;
-        if (!(frame.fields != frame.fields)) {
+        if (frame.fields == frame.fieldsEnd) {
           frames_.pop_back();
           continue;
         }
@@ -117,7 +119,7 @@ class TokenBuilder {
       } else {
         if (frame.started) ++frame.elements;
         frame.started = true;
-        if (!(frame.elements != frame.elements)) {
+        if (frame.elements == frame.elementsEnd) {
           frames_.pop_back();
           continue;
         }
@@ -134,8 +136,11 @@ class TokenBuilder {
   struct Frame {
     Node* node = nullptr;
     bool started = false;
+    // On-Demand's iterators compare as different while their container has more to read.
     od::object_iterator fields;
+    od::object_iterator fieldsEnd;
     od::array_iterator elements;
+    od::array_iterator elementsEnd;
   };
 
   Document& doc_;

@@ -11,7 +11,7 @@ namespace {
 
 // OpenSSL's block encoder takes int lengths; larger inputs go through in chunks that keep the
 // base64 grouping (3 bytes in, 4 characters out).
-constexpr std::uint64_t kEncodeChunk = 3u * 256u * 1024u * 1024u;  // bytes
+constexpr std::uint64_t kEncodeChunk = std::uint64_t{3} * 256 * 1024 * 1024;  // bytes
 
 bool InAlphabet(unsigned char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+' || c == '/';

@@ -10,7 +10,6 @@
 
 using kova::json::Document;
 using kova::json::Guarded;
-using kova::json::Kind;
 using kova::json::Member;
 using kova::json::Node;
 using kova::json::NodeKind;

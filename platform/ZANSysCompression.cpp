@@ -17,7 +17,7 @@ constexpr std::uint64_t kLargestSize = std::numeric_limits<std::size_t>::max();
 
 // libdeflate takes size_t lengths: a 64-bit length must fit before it is handed over.
 constexpr bool FitsInSize(std::uint64_t length) noexcept {
-  if constexpr (std::numeric_limits<std::size_t>::max() >= std::numeric_limits<std::uint64_t>::max()) {
+  if constexpr (kLargestSize >= std::numeric_limits<std::uint64_t>::max()) {
     return true;
   } else {
     return length <= kLargestSize;
@@ -122,7 +122,7 @@ HRESULT ZANSysUncompress(const unsigned char* source, std::uint64_t sourceLength
     destinationLength = produced;
     return S_OK;
   }
-  static_assert(std::numeric_limits<uLong>::max() >= std::numeric_limits<std::size_t>::max(),
+  static_assert(std::numeric_limits<uLong>::max() >= kLargestSize,
                 "zlib's lengths hold every length that libdeflate takes");
   uLong length = static_cast<uLong>(UsableCapacity(capacity));
   switch (uncompress(output, &length, input, static_cast<uLong>(sourceLength))) {

@@ -8,7 +8,7 @@ packages=(
   libsimdjson-dev rapidjson-dev libdeflate-dev libssl-dev
   libcli11-dev
   libgtest-dev libgmock-dev libbenchmark-dev zlib1g-dev openssl perl
-  clang-14 libfuzzer-14-dev
+  clang-14 libfuzzer-14-dev clang-format-14 clang-tidy-14
 )
 
 missing=()

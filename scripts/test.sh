@@ -1,14 +1,18 @@
 #!/usr/bin/env bash
 # Builds KOVAMappingServices with its tests and runs them.
-# Usage: scripts/test.sh [debug|release|asan|tsan|bench-smoke|all]   (debug by default)
+# Usage: scripts/test.sh [debug|release|asan|tsan|lint|bench-smoke|all]   (debug by default)
 #   debug, release, asan  build that preset and run every test
 #   tsan                  ThreadSanitizer build of the concurrency tests, and those tests
+#   lint                  scripts/lint.sh: the layout of every C and C++ file (clang-format-14) and
+#                         clang-tidy-14 over every file the debug preset compiles; fails on any
+#                         file to reformat or any finding (a few minutes on two cores)
 #   bench-smoke           the bench preset (Release, benchmarks and examples): runs every example
 #                         program and checks its output, and runs every benchmark binary once on
 #                         small documents; fails on a non-zero exit, a benchmark error or a
 #                         missing output line (a few seconds after the build)
-#   all                   debug, asan, tsan and bench-smoke, then each fuzz target for 60 s
-#                         (scripts/fuzz.sh 60); what continuous integration runs
+#   all                   debug, lint (on the debug preset's tree), asan, tsan and bench-smoke, then
+#                         each fuzz target for 60 s (scripts/fuzz.sh 60); what continuous
+#                         integration runs
 set -euo pipefail
 cd "$(dirname "$0")/.."
 preset="${1:-debug}"
@@ -117,6 +121,7 @@ bench_smoke() {
 case "$preset" in
   all) ;;
   bench-smoke) bench_smoke; exit ;;
+  lint) scripts/lint.sh; exit ;;
   *) run_preset "$preset"; exit ;;
 esac
 
@@ -127,6 +132,7 @@ stage() {
   if "$@"; then passed=$((passed + 1)); else failed=$((failed + 1)); echo "=== FAILED: $*"; fi
 }
 stage run_preset debug
+stage scripts/lint.sh
 stage run_preset asan
 stage run_preset tsan
 stage bench_smoke

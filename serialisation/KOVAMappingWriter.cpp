@@ -133,7 +133,7 @@ ZANUnicodeString KOVAMappingParser::TranslateToString(KOVAMappingTable& table) {
         ZANUnicodeString::FromValidUTF8(StreamedDocument(kova::json::Layout::kIndented, expectedSize * 2).Write(data)),
         "JSON generated from MappingTable");
   }
-  const ZANUnicodeString text =
+  ZANUnicodeString text =
       ZANUnicodeString::FromValidUTF8(StreamedDocument(kova::json::Layout::kCompact, expectedSize).Write(data));
   if (kova::CompressionSwitchOn()) {
     ZANUnicodeString envelope;

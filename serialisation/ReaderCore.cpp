@@ -139,7 +139,7 @@ HRESULT ParseInstances(const Field& instances, KOVAMappingReference& reference, 
     KOVAMappingInstance instance(std::move(values.kovaId), std::move(values.plexoId), std::move(stamp),
                                  std::move(values.refId), ReadCustomData(fields), values.isLocal);
     KOVAPrivateAccess::GetPrivate(instance)->SetKSSVersion(stampVersion);
-    return ZANFailed(reference.AddInstance(std::move(instance))) ? E_FAIL : S_OK;
+    return ZANFailed(reference.AddInstance(instance)) ? E_FAIL : S_OK;
   });
 }
 
@@ -239,7 +239,7 @@ HRESULT ParseVersion6(const Field& references, const Field& refInstances, KOVAMa
                                    std::move(instanceStamp), std::move(instanceValues.refId), ZANUnicodeString(),
                                    false);
       KOVAPrivateAccess::GetPrivate(instance)->SetKSSVersion(instanceStampVersion);
-      if (ZANFailed(reference.AddInstance(std::move(instance)))) status = E_FAIL;
+      if (ZANFailed(reference.AddInstance(instance))) status = E_FAIL;
     });
     if (ZANFailed(status)) return E_FAIL;
   }

@@ -4,6 +4,7 @@
 
 #include "stamps/StampPrefix.h"
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the exported signatures take these by value
 ZANUnicodeString KOVAKSSVersioning::ComputeKSSWithVersion(ZANUnicodeString stamp, std::int32_t version) {
   ZANUnicodeString number;
   number.BuildFromNum(static_cast<int>(version), "%d");
@@ -27,6 +28,7 @@ bool KOVAKSSVersioning::HasFromCESPrefix(ZANUnicodeString stamp) {
 std::int32_t KOVAKSSVersioning::GetKSSVersion(ZANUnicodeString stamp) {
   return kova::stamps::VersionOfStamp(stamp.View());
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 ZANUnicodeString KOVAKSSVersioning::GetKSSFromKSSWithVersion(ZANUnicodeString stamp) {
   const std::string_view text = stamp.View();

@@ -130,6 +130,7 @@ bool KOVASynchroStampServices::BuildAttrStamp(const ZANBaseUnknown_var& object, 
   return true;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the exported signature takes it by value
 HRESULT KOVASynchroStampServices::ComputeKOVASynchroStamp(std::map<ZANUnicodeString, ZANIKnwParm_var> attributes,
                                                           ZANUnicodeString& stamp) {
   if (!kStampComputationEnabled) return E_FAIL;
@@ -157,6 +158,7 @@ ZANUnicodeString KOVASynchroStampServices::AddToStamp(const ZANUnicodeString& pr
   return Piece(prefix, parm, n);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the exported signature takes it by value
 HRESULT KOVASynchroStampServices::EncodeKSS(ZANUnicodeString text, ZANUnicodeString& stamp) {
   // The digest covers as many leading bytes of the UTF-8 text as it has characters (not its byte
   // count): stamps already stored were made that way and must keep matching.

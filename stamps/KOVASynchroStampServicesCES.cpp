@@ -4,11 +4,13 @@
 #include <KOVAMappingServices/QORSysServices.h>
 
 #include <cstdlib>
+#include <utility>
 
 HRESULT KOVASynchroStampServices::GetKSSFromCES(ZANUnicodeString ceStamp, ZANUnicodeString& out) {
-  return GetKSSFromCESParseOnly(ceStamp, out);
+  return GetKSSFromCESParseOnly(std::move(ceStamp), out);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the exported signature takes it by value
 HRESULT KOVASynchroStampServices::GetKSSFromCESParseOnly(ZANUnicodeString ceStamp, ZANUnicodeString& out) {
   const ZANUnicodeString text = ZANUnicodeString("cestamp") + ceStamp;
   // The digest covers as many leading bytes as the text has characters: stamps already stored by

@@ -45,9 +45,9 @@ class KOVA_EXPORT ZANNullVarError : public std::runtime_error {
 class KOVA_EXPORT ZANBaseUnknown_var : public ZANBaseUnknown {
  public:
   ZANBaseUnknown_var() = default;
-  ZANBaseUnknown_var(std::nullptr_t) {}  // NOLINT(google-explicit-constructor): a null handle
-  // Shares the component of any handle.
-  ZANBaseUnknown_var(const ZANBaseUnknown& other) : ZANBaseUnknown(other) {}  // NOLINT
+  ZANBaseUnknown_var(std::nullptr_t) {}  // implicit: nullptr is a null handle
+  // Shares the component of any handle (implicit).
+  ZANBaseUnknown_var(const ZANBaseUnknown& other) : ZANBaseUnknown(other) {}
   explicit ZANBaseUnknown_var(std::shared_ptr<ZANComponent> component) : ZANBaseUnknown(std::move(component)) {}
 
   bool operator!() const noexcept { return IsNull(); }
@@ -60,9 +60,10 @@ template <class I>
 class ZANVar : public ZANBaseUnknown_var {
  public:
   ZANVar() = default;
-  ZANVar(std::nullptr_t) {}  // NOLINT(google-explicit-constructor): a null handle
-  // Cast from any handle: null when the other handle is empty or its component does not offer I.
-  ZANVar(const ZANBaseUnknown& other) : ZANVar(other.GetComponent()) {}  // NOLINT
+  ZANVar(std::nullptr_t) {}  // implicit: nullptr is a null handle
+  // Cast from any handle (implicit): null when the other handle is empty or its component does not
+  // offer I.
+  ZANVar(const ZANBaseUnknown& other) : ZANVar(other.GetComponent()) {}
   explicit ZANVar(const std::shared_ptr<ZANComponent>& component)
       : ZANVar(component, component ? dynamic_cast<I*>(component.get()) : nullptr) {}
 

@@ -58,9 +58,8 @@ struct Node;  // the value tree behind the handles (internal)
 // used by several threads at once.
 class KOVA_EXPORT ZANOmxKeyString {
  public:
-  // NOLINTNEXTLINE(google-explicit-constructor): keys convert from text
+  // Both implicit: keys convert from text where they are passed.
   ZANOmxKeyString(const ZANUnicodeString& key) : text_(nullptr), size_(0), key_(key) {}
-  // NOLINTNEXTLINE(google-explicit-constructor)
   ZANOmxKeyString(const char* key) noexcept
       : text_(key != nullptr ? key : ""), size_(std::char_traits<char>::length(text_)) {}
   // The key as a string; the text of a key made from a character pointer is read as UTF-8, with

@@ -30,7 +30,7 @@ class KOVA_EXPORT ZANUnicodeString {
  public:
   ZANUnicodeString() = default;
   // From narrow text (UTF-8); ill-formed sequences become U+FFFD. A null pointer gives the empty text.
-  ZANUnicodeString(const char* text);  // NOLINT(google-explicit-constructor): literals convert
+  ZANUnicodeString(const char* text);  // implicit: literals convert
   ZANUnicodeString(const char* text, std::size_t byteCount);
   explicit ZANUnicodeString(std::string_view text);
   explicit ZANUnicodeString(const std::string& text);

@@ -372,9 +372,10 @@ TEST(texts_without_a_terminating_nul) {
   kova_table* table = kova_table_new();
   CHECK_STATUS(KOVA_S_OK, kova_table_read(table, exact, length));
   CHECK_INT(2, kova_table_reference_count(table));
-  char* id = malloc(7);
+  static const char id_text[7] = "PMP-500"; /* seven characters, no NUL */
+  char* id = malloc(sizeof id_text);
   CHECK(id != NULL);
-  memcpy(id, "PMP-500", 7);
+  memcpy(id, id_text, sizeof id_text);
   kova_object* found = NULL;
   CHECK_STATUS(KOVA_S_OK, kova_table_find_reference_by_kova_id(table, id, 7, &found));
   CHECK_STATUS(KOVA_S_OK, kova_object_set_custom_data(found, id, 7));

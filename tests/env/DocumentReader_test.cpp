@@ -108,11 +108,12 @@ TEST_P(DocumentReader, StatusTableAndLog) {
 
   const std::vector<std::string> records = Records(output);
   ASSERT_EQ(records.size(), c.logs.size()) << output;
+  const std::string dumpRecord = kTag + "[MappingTable at the end of parsing]" + dump;
   for (std::size_t i = 0; i < records.size(); ++i) {
     if (c.logs[i] == kInput) {
       EXPECT_EQ(records[i].substr(0, records[i].find('\n')), kTag + "[Input Mapping Table JSON String]{");
     } else if (c.logs[i] == kDump) {
-      EXPECT_EQ(records[i], kTag + "[MappingTable at the end of parsing]" + dump);
+      EXPECT_EQ(records[i], dumpRecord);
     } else {
       EXPECT_EQ(records[i], c.logs[i]);
     }

@@ -297,7 +297,7 @@ TEST(EnvelopeDamage, EnvelopeStatusAndLinesFollowZlibUncompress) {
       switch (rng() % 4) {
         case 0:
           version = "9";
-          sizeText = std::to_string(1 + rng() % 9) + sizeText;
+          sizeText.insert(0, std::to_string(1 + rng() % 9));
           break;
         case 1:
           version = "9";
@@ -305,7 +305,8 @@ TEST(EnvelopeDamage, EnvelopeStatusAndLinesFollowZlibUncompress) {
           break;
         default: break;
       }
-      const std::string envelope = "V" + version + ":" + sizeText + ":" + payload;
+      const std::string envelope =
+          std::string("V").append(version).append(":").append(sizeText).append(":").append(payload);
       const std::optional<std::uint64_t> declared = DeclaredSize(version, sizeText);
       ++cases;
 

@@ -14,6 +14,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/env/EnvelopeTestUtil.h"
@@ -63,13 +64,14 @@ Outcome Read(int version, std::size_t references, std::function<void(KOVAMapping
 KOVAMappingReference FirstReference(KOVAMappingTable& table) { return table.GetReferences().front(); }
 
 std::function<void(KOVAMappingTable&)> KovaIdIs(std::string expected) {
-  return
-      [expected](KOVAMappingTable& table) { EXPECT_EQ(FirstReference(table).GetKOVAID().ConvertToChar(), expected); };
+  return [expected = std::move(expected)](KOVAMappingTable& table) {
+    EXPECT_EQ(FirstReference(table).GetKOVAID().ConvertToChar(), expected);
+  };
 }
 
 // An id made of prefix and then one or more U+FFFD: what an ill-formed UTF-8 sequence becomes.
 std::function<void(KOVAMappingTable&)> ReplacedAfter(std::string prefix, bool plexoId = false) {
-  return [prefix, plexoId](KOVAMappingTable& table) {
+  return [prefix = std::move(prefix), plexoId](KOVAMappingTable& table) {
     const KOVAMappingReference reference = FirstReference(table);
     const std::string id = (plexoId ? reference.GetPlexoID() : reference.GetKOVAID()).ConvertToChar();
     ASSERT_EQ(id.rfind(prefix, 0), 0u) << id;
@@ -111,7 +113,7 @@ std::string Envelope(const std::string& text, const std::string& declaredSize, c
 std::string Envelope(const std::string& text) { return Envelope(text, std::to_string(text.size())); }
 
 const std::string kOneRef = Doc12(kRef);
-constexpr std::size_t k50MB = 50u * 1024u * 1024u;
+constexpr std::size_t k50MB = std::size_t{50} * 1024 * 1024;
 
 std::vector<HostileCase> FileCases() {
   const auto file = [](const std::string& name) { return [name] { return ReadDataFile("hostile/" + name); }; };
@@ -199,6 +201,7 @@ std::vector<HostileCase> TruncationCases() {
     if (i > 0) cuts.insert(i);
     if (i + 1 < kFull.size()) cuts.insert(i + 1);
   }
+  cases.reserve(cuts.size());
   for (const std::size_t cut : cuts) {
     cases.push_back({"truncated_at_" + std::to_string(cut), [cut] { return kFull.substr(0, cut); }, NotLoaded()});
   }

@@ -260,7 +260,7 @@ TEST(KOVAMappingEnvelope, SizeBeyondTheLargestIntThrowsOutOfRangeAndKeepsThePref
   const std::string payload = PayloadOf(Envelope(kJson));
   for (const std::string& size :
        {std::string("2147483648"), std::string("4294967296"), std::string("99999999999999999999999999")}) {
-    ZANUnicodeString text("V12:" + size + ":" + payload);
+    ZANUnicodeString text(std::string("V12:").append(size).append(":").append(payload));
     const ZANUnicodeString before = text;
     EXPECT_THROW(KOVAMappingParser::TryDecompressMT(text), std::out_of_range) << size;
     EXPECT_EQ(text, before);
@@ -521,8 +521,7 @@ TEST(KOVAMappingEnvelope, BehavesAsTheRegexModelOnChosenTexts) {
               "x\xC3\xA9V12:3:yyyy",
               "\xF0\x9F\x98\x80V12:4:abcd",
               "V12:3:\xC3\xA9",
-              "V\xC3\xA9"
-              "12:3:",
+              std::string("V\xC3\xA9") + "12:3:",  // apart: "\xA912" would be one escape
               "V12\xC3\xA9:3:",
               "V12:3\xC3\xA9:",
               "V99999999999:1:",

@@ -20,12 +20,14 @@ KOVAMappingInstance Inst(const char* kovaId, const char* plexoId, const char* re
 
 std::vector<std::string> Ids(const std::vector<KOVAMappingObject>& objects) {
   std::vector<std::string> ids;
+  ids.reserve(objects.size());
   for (const KOVAMappingObject& o : objects) ids.push_back(o.GetKOVAID().ConvertToChar());
   return ids;
 }
 
 std::vector<std::string> Ids(const std::vector<KOVAMappingInstance>& objects) {
   std::vector<std::string> ids;
+  ids.reserve(objects.size());
   for (const KOVAMappingInstance& o : objects) ids.push_back(o.GetKOVAID().ConvertToChar());
   return ids;
 }

@@ -36,6 +36,7 @@ TEST(ZANComponentHandles, DefaultAndNullHandlesAreNull) {
 
 TEST(ZANComponentHandles, CastToOfferedInterfaceSharesTheComponent) {
   const ZANIKnwParm_var parm = ZANKnwBuilder::MakeIntegerParm(7);
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the conversion is what is tested
   const ZANBaseUnknown_var base = parm;
   ASSERT_FALSE(base.IsNull());
   const ZANIKnwParm_var again(base);
@@ -82,6 +83,7 @@ TEST(ZANComponentHandles, ThrowErrorNullVarRaisesAStdException) {
 
 TEST(ZANComponentHandles, HandlesConvertToAndFromZANBaseUnknown) {
   const ZANBaseUnknown_var object = ZANKnwBuilder::MakeObject(Type("GRDReference"));
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the conversion is what is tested
   const ZANBaseUnknown owner = object;  // what a mapping table keeps as its owner
   EXPECT_TRUE(owner == object);
   const ZANIInstance_var instance(owner);
@@ -98,7 +100,7 @@ TEST(ZANComponentHandles, MovedFromHandleIsNull) {
   ZANIKnwParm_var assigned;
   assigned = std::move(moved);
   EXPECT_FALSE(assigned.IsNull());
-  EXPECT_TRUE(moved.IsNull());  // NOLINT(bugprone-use-after-move)
+  EXPECT_TRUE(moved.IsNull());  // NOLINT(bugprone-use-after-move): the moved-from state is defined
   EXPECT_EQ(assigned->GetValue()->AsInteger(), 7);
 }
 

@@ -448,6 +448,7 @@ TEST(ZANOmxJsonLoad, OneDocumentIsReadFromSeveralThreadsAtOnce) {
   constexpr int kThreads = 4;
   std::vector<int> failures(kThreads, 0);
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([t, &failures, &object, &text] {
       for (int round = 0; round < 50; ++round) {
@@ -471,13 +472,19 @@ TEST(ZANOmxJsonLoad, DistinctDocumentsLoadOnSeveralThreadsAtOnce) {
   constexpr int kThreads = 4;
   std::vector<int> failures(kThreads, 0);
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([t, &failures] {
       for (int round = 0; round < 200; ++round) {
         const std::string big = round % 50 == 0 ? std::string(1 << 20, ' ') : std::string();
         const std::string real = round % 3 == 0 ? ",\"r\":0.5" : "";
-        const std::string text = Numbered("{\"thread\":", t) + Numbered(",\"round\":", round) +
-                                 Numbered(",\"name\":\"t", t) + "\"" + real + "}" + big;
+        const std::string text = Numbered("{\"thread\":", t)
+                                     .append(Numbered(",\"round\":", round))
+                                     .append(Numbered(",\"name\":\"t", t))
+                                     .append("\"")
+                                     .append(real)
+                                     .append("}")
+                                     .append(big);
         ZANOmxJsonObject object;
         int thread = -1;
         int r = -1;

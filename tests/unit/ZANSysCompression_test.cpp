@@ -226,6 +226,7 @@ TEST(ZANSysCompression, ThreadsCompressAndDecompressAtTheSameTime) {
   constexpr int kThreads = 4;
   std::vector<int> failures(kThreads, 0);
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([t, &failures] {
       for (int i = 0; i < 40; ++i) {

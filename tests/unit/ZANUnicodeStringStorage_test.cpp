@@ -65,7 +65,7 @@ TEST(ZANUnicodeStringStorage, MovingLeavesTheSourceEmpty) {
     ZANUnicodeString assigned(Text(kInline + 10, 'A'));
     assigned = std::move(target);
     ExpectHolds(assigned, Text(length));
-    ExpectHolds(target, "");  // NOLINT(bugprone-use-after-move)
+    ExpectHolds(target, "");  // NOLINT(bugprone-use-after-move): the header documents the moved-from state
   }
 }
 

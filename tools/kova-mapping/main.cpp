@@ -33,12 +33,8 @@ void AddOutput(CLI::App& command, std::string& output) {
   command.add_option("-o,--output", output, "Write to FILE instead of standard output")->option_text("FILE");
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  // A closed pipe is a write error like any other, reported on one line.
-  std::signal(SIGPIPE, SIG_IGN);
-
+// The tool, from its command line to its exit status.
+int Run(int argc, char** argv) {
   CLI::App app{
       "Look into, convert and make mapping documents (versions 6 to 12, plain or in a compressed\n"
       "envelope) and synchro stamps, with the KOVAMappingServices library.\n"
@@ -188,4 +184,21 @@ int main(int argc, char** argv) {
     return errorStatus;
   }
   return errorStatus;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // A closed pipe is a write error like any other, reported on one line.
+  std::signal(SIGPIPE, SIG_IGN);
+  // Run reports the failures of the commands with their own exit status; a failure before a
+  // command runs (memory exhausted while the command line is set up) is reported here.
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {
+    PrintError(DescribeLibraryException(error));
+  } catch (...) {
+    PrintError("unexpected failure");
+  }
+  return 1;
 }
