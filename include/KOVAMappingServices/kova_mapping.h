@@ -44,9 +44,11 @@
  *    C++ handles, several handles (and the tables and references that hold the object) share one
  *    object: a change made through one is seen through all. A handle stays valid after the table
  *    it came from is freed, until it is released.
- *  - Threads. Tables and objects are used by one thread at a time (the handles' counts are atomic,
- *    so handles may be released from any thread). kova_last_messages() and the log callback are
- *    per thread. The library starts no thread and takes no lock.
+ *  - Threads. Tables and objects are used by one thread at a time. A handle counts as a use of its
+ *    object: releasing the last handle of an object reads the object's place in its table, so it
+ *    is done on the thread that uses that table, or when no thread uses it. The counts of shared
+ *    handles are atomic. kova_last_messages() and the log callback are per thread. The library
+ *    starts no thread; the stamp computation's type dictionary, made once, is guarded by a lock.
  *  - Errors. No function crashes on a NULL argument or lets a C++ exception out: memory
  *    exhaustion gives KOVA_E_OUTOFMEMORY, an envelope whose size field is beyond 2147483647 gives
  *    KOVA_E_BOUNDS, any other error raised inside gives KOVA_E_UNEXPECTED; kova_last_messages()

@@ -1,5 +1,6 @@
 /* Threads: kova_last_messages and the log callback are per thread, tables used by different threads
- * are independent, and handles may be released from any thread. */
+ * are independent, and the handles of an object that no table holds may be released from any
+ * thread (their counts are atomic). */
 /* POSIX threads: ThreadSanitizer follows them (it does not see threads made by thrd_create). */
 #define _POSIX_C_SOURCE 200809L
 
@@ -140,7 +141,7 @@ static void* release_references(void* argument) {
   return NULL;
 }
 
-TEST(handles_released_from_any_thread) {
+TEST(handles_of_a_free_object_released_from_any_thread) {
   kova_object* object = kova_make_reference("SHARED", "P-SHARED", 1);
   enum { kThreads = 4, kPerThread = 1000 };
   for (int i = 0; i < kThreads * kPerThread; ++i) CHECK(kova_object_retain(object) == object);
@@ -204,7 +205,7 @@ TEST(callback_left_installed_when_its_thread_ends) {
 static const kova_test_case cases[] = {
     TEST_CASE(messages_never_mixed),
     TEST_CASE(tables_of_different_threads),
-    TEST_CASE(handles_released_from_any_thread),
+    TEST_CASE(handles_of_a_free_object_released_from_any_thread),
     TEST_CASE(callback_left_installed_when_its_thread_ends),
 };
 
