@@ -33,6 +33,18 @@ class TokenBuilder {
     return true;
   }
 
+  // Stores the literal token (true, false or null) into slot. The token itself is compared: the
+  // parser's own check of a literal standing alone as the document accepts trailing letters.
+  static bool StoreLiteral(std::string_view token, Value* slot) {
+    if (token == "true" || token == "false") {
+      *slot = Value::MakeBoolean(token == "true");
+      return true;
+    }
+    if (token != "null") return false;
+    *slot = Value::MakeNull();
+    return true;
+  }
+
   bool StoreString(std::string_view s, Value* slot) {
     *slot = Value::MakeText(Kind::String, doc_.arena.CopyText(s), static_cast<std::uint32_t>(s.size()));
     return true;
@@ -59,18 +71,8 @@ class TokenBuilder {
         if (v.get_string().get(s) != simdjson::SUCCESS) return false;
         return StoreString(s, slot);
       }
-      case od::json_type::boolean: {
-        bool b = false;
-        if (v.get_bool().get(b) != simdjson::SUCCESS) return false;
-        *slot = Value::MakeBoolean(b);
-        return true;
-      }
-      case od::json_type::null: {
-        bool isNull = false;
-        if (v.is_null().get(isNull) != simdjson::SUCCESS || !isNull) return false;
-        *slot = Value::MakeNull();
-        return true;
-      }
+      case od::json_type::boolean:
+      case od::json_type::null: return StoreLiteral(TrimBlanks(v.raw_json_token()), slot);
     }
     return false;
   }
@@ -169,18 +171,8 @@ bool BuildScalarRoot(od::document& document, od::json_type type, std::string_vie
       if (document.get_string().get(s) != simdjson::SUCCESS) return false;
       return builder.StoreString(s, slot);
     }
-    case od::json_type::boolean: {
-      bool b = false;
-      if (document.get_bool().get(b) != simdjson::SUCCESS) return false;
-      *slot = Value::MakeBoolean(b);
-      return true;
-    }
-    case od::json_type::null: {
-      bool isNull = false;
-      if (document.is_null().get(isNull) != simdjson::SUCCESS || !isNull) return false;
-      *slot = Value::MakeNull();
-      return true;
-    }
+    case od::json_type::boolean:
+    case od::json_type::null: return TokenBuilder::StoreLiteral(token, slot);
     case od::json_type::object:
     case od::json_type::array: break;
   }

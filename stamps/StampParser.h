@@ -1,6 +1,6 @@
 // The stamp of one mapping document object, from its "KOVASynchroStamp", "CEStamp" and "IsSetKSS"
 // fields, whatever holds the object: KOVAKSSVersioning::GetStampParser reads them through a
-// ZANOmxJsonObject, the document reader straight from the loaded tree.
+// ZANOmxJsonObject, the document reader straight from the parsed document.
 #ifndef KOVA_STAMPS_STAMPPARSER_H_
 #define KOVA_STAMPS_STAMPPARSER_H_
 

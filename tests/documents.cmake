@@ -6,8 +6,8 @@ kova_env_test(kova_document_writer_tests SOURCES env/DocumentWriterSwitches_test
               FILTER WriterRolledBackAndCompressed SET RollBackMappingVersion IPLX_ACTIVATE_MAPPING_COMPRESSION)
 kova_env_test(kova_document_writer_tests SOURCES env/DocumentWriterSwitches_test.cpp
               FILTER WriterCompressed SET IPLX_ACTIVATE_MAPPING_COMPRESSION)
-# The document reader against a reader written only with the JSON object getters, log on (every
-# document read from the loaded tree) and log off (versions 7 to 12 read from the parser's tape).
+# The document reader against a reader written only with the JSON object getters, log on (the
+# input and the table printed) and log off.
 kova_env_test(kova_reader_differential_tests SOURCES env/ReaderDifferential_test.cpp SET ActivateKOVALogger)
 kova_env_test(kova_reader_differential_tests SOURCES env/ReaderDifferential_test.cpp
               AS kova_reader_differential_tests.LogOff)

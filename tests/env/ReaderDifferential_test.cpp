@@ -1,5 +1,5 @@
-// The document reader against a plain reader written only with the JSON object getters (the way
-// the library read documents before it walked the loaded tree directly): for the same text both
+// The document reader against a plain reader written only with the JSON object getters (an
+// independent reading of the same rules, through ZANOmxJsonObject): for the same text both
 // must give the same status, table (dump and every field), version and log lines.
 //
 // The test runs twice, with the log off and on: the library reads every document from one parse

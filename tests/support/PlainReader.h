@@ -1,6 +1,6 @@
 // A document reader written only with the public JSON object getters and KOVAKSSVersioning, step
 // by step as the reading of mapping documents is defined: the reference that the library's own
-// reader (which reads from the parser's tape or its loaded tree directly) is compared with, in
+// reader (which reads straight from one parse of the text) is compared with, in
 // tests and in the document fuzz target.
 #ifndef KOVA_TESTS_SUPPORT_PLAINREADER_H_
 #define KOVA_TESTS_SUPPORT_PLAINREADER_H_

@@ -240,6 +240,12 @@ const std::vector<std::string>& MalformedTexts() {
       "[fals]",
       "[falsey]",
       "nul",
+      // a literal alone with letters after it
+      "nulll",
+      "truee",
+      "falsey",
+      "\n \n\tnulll\r\n ",
+      "true1",
       // unescaped control characters in strings
       "[\"a\x01b\"]",
       "[\"a\tb\"]",
