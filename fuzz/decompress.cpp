@@ -18,22 +18,15 @@
 
 #include "fuzz/FuzzSupport.h"
 #include "serialisation/EnvelopePrefix.h"
+#include "tests/support/ZlibReference.h"
 
 namespace {
+
+using kova::test::StatusOfZlib;
 
 struct FreeDeleter {
   void operator()(unsigned char* bytes) const noexcept { std::free(bytes); }
 };
-
-// The status that stands for each result of zlib's uncompress.
-HRESULT StatusOfZlib(int result) {
-  switch (result) {
-    case Z_OK: return S_OK;
-    case Z_MEM_ERROR: return ZANZ_E_OUTOFMEMORY;
-    case Z_BUF_ERROR: return ZANZ_E_INSUFFICIENTBUFFER;
-    default: return ZANZ_E_BADDATA;
-  }
-}
 
 // The service against uncompress for stream into capacity bytes: the same status, and on success the
 // same bytes.

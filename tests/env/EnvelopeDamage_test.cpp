@@ -8,6 +8,7 @@
 #include <KOVAMappingServices/ZANUnicodeString.h>
 
 #include "tests/env/EnvelopeTestUtil.h"
+#include "tests/support/ZlibReference.h"
 
 #include <zlib.h>
 
@@ -25,9 +26,12 @@
 
 namespace {
 
+using kova::test::AsBytes;
 using kova::test::Base64Encode;
-
-const unsigned char* In(const std::string& s) { return reinterpret_cast<const unsigned char*>(s.data()); }
+using kova::test::StatusOfZlib;
+using kova::test::ZlibCompress;
+using kova::test::ZlibOutcome;
+using kova::test::ZlibUncompress;
 
 // A mapping document of about size bytes: references with identifiers, stamps, some non-ASCII
 // custom data and instances, drawn from seed.
@@ -52,46 +56,12 @@ std::string Document(std::size_t size, std::uint32_t seed) {
   return out;
 }
 
-std::string ZlibCompress(const std::string& data, int level) {
-  uLongf length = compressBound(data.size());
-  std::string out(length, '\0');
-  EXPECT_EQ(compress2(reinterpret_cast<Bytef*>(out.data()), &length, In(data), data.size(), level), Z_OK);
-  out.resize(length);
-  return out;
-}
-
 std::string ServiceCompress(const std::string& data) {
   std::string out(ZANSysCompressBound(data.size()), '\0');
   std::uint64_t length = out.size();
-  EXPECT_EQ(ZANSysCompress(In(data), data.size(), reinterpret_cast<unsigned char*>(out.data()), length), S_OK);
+  EXPECT_EQ(ZANSysCompress(AsBytes(data), data.size(), reinterpret_cast<unsigned char*>(out.data()), length), S_OK);
   out.resize(length);
   return out;
-}
-
-// What zlib's uncompress gives for stream into capacity bytes.
-struct ZlibOutcome {
-  int result;
-  std::string bytes;  // the text produced, on success only
-};
-
-ZlibOutcome ZlibUncompress(const std::string& stream, std::size_t capacity) {
-  std::vector<unsigned char> target(std::max<std::size_t>(capacity, 1));
-  uLongf length = capacity;
-  const int result = uncompress(target.data(), &length, In(stream), stream.size());
-  ZlibOutcome outcome{result, {}};
-  if (result == Z_OK) outcome.bytes.assign(reinterpret_cast<const char*>(target.data()), length);
-  return outcome;
-}
-
-// The status that stands for each result of zlib's uncompress.
-HRESULT StatusOf(int zlibResult) {
-  switch (zlibResult) {
-    case Z_OK: return S_OK;
-    case Z_MEM_ERROR: return ZANZ_E_OUTOFMEMORY;
-    case Z_BUF_ERROR: return ZANZ_E_INSUFFICIENTBUFFER;
-    case Z_DATA_ERROR: return ZANZ_E_BADDATA;
-    default: ADD_FAILURE() << "uncompress gave " << zlibResult; return E_FAIL;
-  }
 }
 
 // The name the envelope logs for a failed decompression.
@@ -232,11 +202,11 @@ TEST(EnvelopeDamage, ServiceAnswersAsZlibUncompress) {
 
       std::vector<unsigned char> target(std::max<std::size_t>(capacity, 1));
       std::uint64_t length = capacity;
-      const HRESULT status = ZANSysUncompress(In(damaged), damaged.size(), target.data(), length);
+      const HRESULT status = ZANSysUncompress(AsBytes(damaged), damaged.size(), target.data(), length);
       const std::string produced(reinterpret_cast<const char*>(target.data()),
                                  std::min<std::uint64_t>(length, capacity));
       const bool agrees =
-          status == StatusOf(expected.result) &&
+          status == StatusOfZlib(expected.result) &&
           (expected.result == Z_OK ? length == expected.bytes.size() && produced == expected.bytes : length == 0);
       if (!agrees && ++mismatches <= 10) {
         ADD_FAILURE() << "sample " << s << " (" << sample.document.size() << " bytes), case " << c << ": stream of "
@@ -339,7 +309,7 @@ TEST(EnvelopeDamage, EnvelopeStatusAndLinesFollowZlibUncompress) {
       } else {
         const ZlibOutcome zlib = ZlibUncompress(damaged, static_cast<std::size_t>(*declared));
         ++seen[zlib.result];
-        expectedStatus = StatusOf(zlib.result);
+        expectedStatus = StatusOfZlib(zlib.result);
         if (zlib.result == Z_OK) {
           expectedText = zlib.bytes;
           expectedLines = {{"DECOMPRESSED STRING:", false}, {zlib.bytes, false}};
