@@ -9,6 +9,8 @@ packages=(
   libcli11-dev
   libgtest-dev libgmock-dev libbenchmark-dev zlib1g-dev openssl perl
   clang-14 libfuzzer-14-dev clang-format-14 clang-tidy-14
+  python3-dev pybind11-dev python3-pytest python3-hypothesis python3-pandas
+  python3-dask python3-distributed
 )
 
 missing=()

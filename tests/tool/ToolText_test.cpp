@@ -178,7 +178,7 @@ TEST(ToolDiff, MovesARepeatedInstanceWhoseReferenceIsGone) {
   KOVAMappingTable before = Table({{"R1", {"I1"}}, {"R2", {"I1"}}});
   KOVAMappingTable after = Table({{"R1", {"I1"}}, {"R3", {"I1"}}});
   const TableDiff diff = DiffTables(before, after);
-  EXPECT_EQ(diff.lines, (std::vector<std::string>{"- reference R2", "+ reference R3", "> instance I1: R2 -> R3"}));
+  EXPECT_EQ(diff.Lines(), (std::vector<std::string>{"- reference R2", "+ reference R3", "> instance I1: R2 -> R3"}));
   EXPECT_EQ(diff.Summary(), "summary: 1 added, 1 removed, 1 moved, 0 changed");
 }
 
@@ -189,7 +189,7 @@ TEST(ToolDiff, CountsAnInstanceThatMovedAndChangedInBothGroups) {
   ASSERT_EQ(after.GetInstanceFromKOVAId("I1", moved), S_OK);
   moved.SetPlexoID("Pother");
   const TableDiff diff = DiffTables(before, after);
-  EXPECT_EQ(diff.lines, (std::vector<std::string>{"> instance I1: R1 -> R2", "~ instance I1: PlexoId PI1 -> Pother"}));
+  EXPECT_EQ(diff.Lines(), (std::vector<std::string>{"> instance I1: R1 -> R2", "~ instance I1: PlexoId PI1 -> Pother"}));
   EXPECT_EQ(diff.moved, 1);
   EXPECT_EQ(diff.changed, 1);
 }

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <iterator>
 #include <optional>
 #include <unordered_map>
 
@@ -50,9 +51,9 @@ struct TableState {
   std::vector<ObjectState> instances;
 };
 
-TableState StateOf(KOVAMappingTable& table) {
+TableState StateOf(const KOVAMappingTable& table) {
   TableState state;
-  for (KOVAMappingReference& reference : table.GetReferences()) {
+  for (const KOVAMappingReference& reference : table.GetReferences()) {
     const auto privateReference = KOVAPrivateAccess::GetPrivate(reference);
     state.references.push_back(StateOf(*privateReference));
     for (const KOVAMappingInstance& instance : privateReference->GetInstances()) {
@@ -92,72 +93,120 @@ std::vector<std::optional<std::size_t>> Match(const std::vector<ObjectState>& be
   return matches;
 }
 
-void AddChange(std::string& changes, const char* field, const std::string& before, const std::string& after) {
-  if (before == after) return;
-  if (!changes.empty()) changes.append(", ");
-  changes.append(field).append(" ").append(ShowValue(before)).append(" -> ").append(ShowValue(after));
+void AddChange(std::vector<FieldChange>& fields, const char* field, const std::string& before,
+               const std::string& after) {
+  if (before != after) fields.push_back({field, before, after});
 }
 
-std::string Changes(const ObjectState& before, const ObjectState& after, bool isInstance) {
-  std::string changes;
-  AddChange(changes, "PlexoId", before.plexoId, after.plexoId);
-  if (before.isLocal != after.isLocal) {
-    AddChange(changes, "IsLocal", before.isLocal ? "true" : "false", after.isLocal ? "true" : "false");
-  }
-  if (isInstance) AddChange(changes, "RefId", before.refId, after.refId);
-  AddChange(changes, "CustomData", before.customData, after.customData);
-  AddChange(changes, "KOVASynchroStamp", before.stamp, after.stamp);
-  return changes;
+std::vector<FieldChange> Changes(const ObjectState& before, const ObjectState& after, bool isInstance) {
+  std::vector<FieldChange> fields;
+  AddChange(fields, "PlexoId", before.plexoId, after.plexoId);
+  AddChange(fields, "IsLocal", before.isLocal ? "true" : "false", after.isLocal ? "true" : "false");
+  if (isInstance) AddChange(fields, "RefId", before.refId, after.refId);
+  AddChange(fields, "CustomData", before.customData, after.customData);
+  AddChange(fields, "KOVASynchroStamp", before.stamp, after.stamp);
+  return fields;
 }
 
 struct Groups {
-  std::vector<std::string> removed;
-  std::vector<std::string> added;
-  std::vector<std::string> moved;
-  std::vector<std::string> changed;
+  std::vector<DiffChange> removed;
+  std::vector<DiffChange> added;
+  std::vector<DiffChange> moved;
+  std::vector<DiffChange> changed;
 };
+
+DiffChange Record(DiffChange::Kind kind, bool isInstance, const ObjectState& state) {
+  DiffChange change;
+  change.kind = kind;
+  change.isInstance = isInstance;
+  change.kovaId = state.kovaId;
+  change.parent = state.parent;
+  return change;
+}
 
 void Compare(const std::vector<ObjectState>& before, const std::vector<ObjectState>& after, bool isInstance,
              Groups& groups) {
-  const char* kind = isInstance ? "instance " : "reference ";
-  const auto label = [&](const ObjectState& state) {
-    std::string text = kind + ShowValue(state.kovaId);
-    if (isInstance) text += " (in " + ShowValue(state.parent) + ")";
-    return text;
-  };
+  using Kind = DiffChange::Kind;
   const std::vector<std::optional<std::size_t>> matches = Match(before, after);
   std::vector<bool> matched(after.size(), false);
   for (std::size_t i = 0; i < before.size(); ++i) {
     if (!matches[i]) {
-      groups.removed.push_back("- " + label(before[i]));
+      groups.removed.push_back(Record(Kind::kRemoved, isInstance, before[i]));
       continue;
     }
     const ObjectState& now = after[*matches[i]];
     matched[*matches[i]] = true;
     if (isInstance && before[i].parent != now.parent) {
-      groups.moved.push_back("> " + std::string(kind) + ShowValue(now.kovaId) + ": " + ShowValue(before[i].parent) +
-                             " -> " + ShowValue(now.parent));
+      DiffChange move = Record(Kind::kMoved, isInstance, now);
+      move.oldParent = before[i].parent;
+      groups.moved.push_back(std::move(move));
     }
-    const std::string changes = Changes(before[i], now, isInstance);
-    if (!changes.empty()) groups.changed.push_back("~ " + std::string(kind) + ShowValue(now.kovaId) + ": " + changes);
+    std::vector<FieldChange> fields = Changes(before[i], now, isInstance);
+    if (!fields.empty()) {
+      DiffChange change = Record(Kind::kChanged, isInstance, now);
+      change.fields = std::move(fields);
+      groups.changed.push_back(std::move(change));
+    }
   }
   for (std::size_t i = 0; i < after.size(); ++i) {
-    if (!matched[i]) groups.added.push_back("+ " + label(after[i]));
+    if (!matched[i]) groups.added.push_back(Record(Kind::kAdded, isInstance, after[i]));
   }
 }
 
-void Append(std::vector<std::string>& lines, const std::vector<std::string>& group) {
-  lines.insert(lines.end(), group.begin(), group.end());
+void Append(std::vector<DiffChange>& changes, std::vector<DiffChange>& group) {
+  changes.insert(changes.end(), std::make_move_iterator(group.begin()), std::make_move_iterator(group.end()));
+}
+
+std::string Line(const DiffChange& change) {
+  using Kind = DiffChange::Kind;
+  std::string line;
+  switch (change.kind) {
+    case Kind::kRemoved: line = "- "; break;
+    case Kind::kAdded: line = "+ "; break;
+    case Kind::kMoved: line = "> "; break;
+    case Kind::kChanged: line = "~ "; break;
+  }
+  line += change.isInstance ? "instance " : "reference ";
+  line += ShowValue(change.kovaId);
+  if (change.kind == Kind::kMoved) return line + ": " + ShowValue(change.oldParent) + " -> " + ShowValue(change.parent);
+  if (change.kind == Kind::kChanged) {
+    line += ": ";
+    for (std::size_t i = 0; i < change.fields.size(); ++i) {
+      const FieldChange& field = change.fields[i];
+      if (i > 0) line += ", ";
+      line += field.field + " " + ShowValue(field.before) + " -> " + ShowValue(field.after);
+    }
+    return line;
+  }
+  if (change.isInstance) line += " (in " + ShowValue(change.parent) + ")";
+  return line;
 }
 
 }  // namespace
+
+const char* KindName(DiffChange::Kind kind) {
+  switch (kind) {
+    case DiffChange::Kind::kRemoved: return "removed";
+    case DiffChange::Kind::kAdded: return "added";
+    case DiffChange::Kind::kMoved: return "moved";
+    case DiffChange::Kind::kChanged: return "changed";
+  }
+  return "changed";
+}
+
+std::vector<std::string> TableDiff::Lines() const {
+  std::vector<std::string> lines;
+  lines.reserve(changes.size());
+  for (const DiffChange& change : changes) lines.push_back(Line(change));
+  return lines;
+}
 
 std::string TableDiff::Summary() const {
   return "summary: " + std::to_string(added) + " added, " + std::to_string(removed) + " removed, " +
          std::to_string(moved) + " moved, " + std::to_string(changed) + " changed";
 }
 
-TableDiff DiffTables(KOVAMappingTable& before, KOVAMappingTable& after) {
+TableDiff DiffTables(const KOVAMappingTable& before, const KOVAMappingTable& after) {
   const TableState old = StateOf(before);
   const TableState now = StateOf(after);
   Groups references;
@@ -166,17 +215,17 @@ TableDiff DiffTables(KOVAMappingTable& before, KOVAMappingTable& after) {
   Compare(old.instances, now.instances, true, instances);
 
   TableDiff diff;
-  Append(diff.lines, references.removed);
-  Append(diff.lines, instances.removed);
-  Append(diff.lines, references.added);
-  Append(diff.lines, instances.added);
-  Append(diff.lines, instances.moved);
-  Append(diff.lines, references.changed);
-  Append(diff.lines, instances.changed);
   diff.removed = static_cast<int>(references.removed.size() + instances.removed.size());
   diff.added = static_cast<int>(references.added.size() + instances.added.size());
   diff.moved = static_cast<int>(instances.moved.size());
   diff.changed = static_cast<int>(references.changed.size() + instances.changed.size());
+  Append(diff.changes, references.removed);
+  Append(diff.changes, instances.removed);
+  Append(diff.changes, references.added);
+  Append(diff.changes, instances.added);
+  Append(diff.changes, instances.moved);
+  Append(diff.changes, references.changed);
+  Append(diff.changes, instances.changed);
   return diff;
 }
 

@@ -27,8 +27,32 @@
 
 namespace kova::tool {
 
+// One field of a changed object: its document key and its old and new values as text ("true" and
+// "false" for IsLocal, "V<stamp version>:<stamp>" for KOVASynchroStamp).
+struct FieldChange {
+  std::string field;
+  std::string before;
+  std::string after;
+};
+
+// One record of a diff. For an instance, parent is the kOVA id of the reference it stands under:
+// in the old table when removed, in the new one otherwise; a move also has the old parent.
+struct DiffChange {
+  enum class Kind { kRemoved, kAdded, kMoved, kChanged };
+  Kind kind = Kind::kChanged;
+  bool isInstance = false;
+  std::string kovaId;
+  std::string parent;
+  std::string oldParent;            // kMoved only
+  std::vector<FieldChange> fields;  // kChanged only, in the order PlexoId, IsLocal, RefId, CustomData, KOVASynchroStamp
+};
+
+// "removed", "added", "moved" or "changed".
+const char* KindName(DiffChange::Kind kind);
+
 struct TableDiff {
-  std::vector<std::string> lines;
+  // The records in the order of the lines above.
+  std::vector<DiffChange> changes;
   // Objects (references and instances) in each group; an instance that moved and changed counts
   // in both.
   int added = 0;
@@ -36,12 +60,14 @@ struct TableDiff {
   int moved = 0;
   int changed = 0;
 
-  bool Equal() const { return lines.empty(); }
+  bool Equal() const { return changes.empty(); }
+  // The lines of the records, as shown above.
+  std::vector<std::string> Lines() const;
   // "summary: A added, R removed, M moved, C changed"
   std::string Summary() const;
 };
 
-TableDiff DiffTables(KOVAMappingTable& before, KOVAMappingTable& after);
+TableDiff DiffTables(const KOVAMappingTable& before, const KOVAMappingTable& after);
 
 }  // namespace kova::tool
 

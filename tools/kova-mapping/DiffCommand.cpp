@@ -17,7 +17,7 @@ int RunDiff(const DiffOptions& options) {
   if (!after.Ok()) throw ToolError(options.newFile + ": " + after.ErrorText());
 
   const TableDiff diff = DiffTables(before.table, after.table);
-  for (const std::string& line : diff.lines) out.Write(line + "\n");
+  for (const std::string& line : diff.Lines()) out.Write(line + "\n");
   out.Write(diff.Summary() + "\n");
   out.Commit();
   return diff.Equal() ? 0 : 1;

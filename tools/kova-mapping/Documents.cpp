@@ -7,6 +7,7 @@
 #include <KOVAMappingServices/ZANBaseUnknown.h>
 
 #include <stdexcept>
+#include <utility>
 
 #include "Status.h"
 
@@ -25,31 +26,42 @@ std::string ReadStatusMeaning(HRESULT status) {
 
 }  // namespace
 
+std::vector<std::string> DocumentRead::Reasons() const {
+  if (!exception.empty()) return {exception};
+  if (ZANSucceeded(status)) return {};
+  if (messages.empty()) return {ReadStatusMeaning(status)};
+  return messages;
+}
+
 std::string DocumentRead::ErrorText() const {
   if (!exception.empty()) return "error: " + exception;
   std::string text = "error " + FormatStatus(status) + ": ";
-  if (messages.empty()) return text + ReadStatusMeaning(status);
-  for (std::size_t i = 0; i < messages.size(); ++i) {
+  const std::vector<std::string> reasons = Reasons();
+  for (std::size_t i = 0; i < reasons.size(); ++i) {
     if (i > 0) text.append("; ");
-    text.append(messages[i]);
+    text.append(reasons[i]);
   }
   return text;
 }
 
-DocumentRead ReadDocument(const std::string& text) {
+DocumentRead ReadDocument(ZANUnicodeString text) {
   DocumentRead read;
   // The reader's failure reasons, taken through the API for this call only.
   KOVALogCapture capture;
   try {
-    read.status = KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString(text), ZANBaseUnknown(), read.table);
+    read.status = KOVAMappingParser::TranslateToMappingTable(std::move(text), ZANBaseUnknown(), read.table);
   } catch (const std::out_of_range& error) {
+    read.status = kStatusSizeOutOfRange;
     read.exception = DescribeLibraryException(error);
   } catch (const std::invalid_argument& error) {
+    read.status = kStatusSizeUnreadable;
     read.exception = DescribeLibraryException(error);
   }
   read.messages = capture.Reasons();
   return read;
 }
+
+DocumentRead ReadDocument(const std::string& text) { return ReadDocument(ZANUnicodeString(text)); }
 
 ZANUnicodeString PackText(const ZANUnicodeString& text, const std::string& name) {
   ZANUnicodeString envelope;
@@ -61,7 +73,7 @@ ZANUnicodeString PackText(const ZANUnicodeString& text, const std::string& name)
     messages = capture.Reasons();
   }
   if (ZANFailed(status)) {
-    throw ToolError(name + ": cannot pack: error " + FormatStatus(status) + ": " + StatusMeaning(status));
+    throw ToolError(name + ": cannot pack: error " + FormatStatus(status) + ": " + StatusMeaning(status), status);
   }
   for (const std::string& message : messages) {
     if (message == "COMPRESSION FAILED") throw ToolError(name + ": cannot pack: the compression failed");
@@ -75,9 +87,9 @@ ZANUnicodeString UnpackText(const ZANUnicodeString& text, const std::string& nam
   try {
     status = KOVAMappingParser::TryDecompressMT(opened);
   } catch (const std::out_of_range& error) {
-    throw ToolError(name + ": cannot unpack: " + DescribeLibraryException(error));
+    throw ToolError(name + ": cannot unpack: " + DescribeLibraryException(error), kStatusSizeOutOfRange);
   } catch (const std::invalid_argument& error) {
-    throw ToolError(name + ": cannot unpack: " + DescribeLibraryException(error));
+    throw ToolError(name + ": cannot unpack: " + DescribeLibraryException(error), kStatusSizeUnreadable);
   }
   if (ZANSucceeded(status)) return opened;
   std::string reason;
@@ -92,7 +104,17 @@ ZANUnicodeString UnpackText(const ZANUnicodeString& text, const std::string& nam
   } else {
     reason = StatusMeaning(status);
   }
-  throw ToolError(name + ": cannot unpack: error " + FormatStatus(status) + ": " + reason);
+  throw ToolError(name + ": cannot unpack: error " + FormatStatus(status) + ": " + reason, status);
+}
+
+ZANUnicodeString WriteDocument(KOVAMappingTable& table, DocumentForm form, const std::string& name) {
+  ZANUnicodeString document = KOVAMappingParser::TranslateToString(table);
+  // The writer's own text is a JSON object or, under the compression switch, an envelope ("V" +
+  // version + ...): the other form is made from it when asked for.
+  const bool enveloped = !document.IsEmpty() && document.View().front() == 'V';
+  if (form == DocumentForm::kPlain && enveloped) return UnpackText(document, name);
+  if (form == DocumentForm::kEnvelope && !enveloped) return PackText(document, name);
+  return document;
 }
 
 std::int32_t RecordedVersion(KOVAMappingTable& table) { return KOVAPrivateAccess::GetPrivate(table)->GetVersion(); }

@@ -37,7 +37,7 @@ std::string ReadAll(int fd, const std::string& name) {
   std::string text;
   struct stat info {};
   if (fstat(fd, &info) == 0) {
-    if (S_ISDIR(info.st_mode)) throw ToolError(name + ": is a directory");
+    if (S_ISDIR(info.st_mode)) throw ToolError(name + ": is a directory", E_FAIL, EISDIR);
     if (S_ISREG(info.st_mode) && info.st_size > 0) text.reserve(static_cast<std::size_t>(info.st_size));
   }
   char buffer[65536];
@@ -47,7 +47,7 @@ std::string ReadAll(int fd, const std::string& name) {
     if (n < 0) {
       if (errno == EINTR) continue;
       const int error = errno;
-      throw ToolError(name + ": cannot read (" + Reason(error) + ")");
+      throw ToolError(name + ": cannot read (" + Reason(error) + ")", E_FAIL, error);
     }
     text.append(buffer, static_cast<std::size_t>(n));
   }
@@ -60,7 +60,7 @@ void WriteAll(int fd, std::string_view text, const std::string& name) {
     if (n < 0) {
       if (errno == EINTR) continue;
       const int error = errno;
-      throw ToolError(name + ": cannot write (" + std::string(std::strerror(error)) + ")");
+      throw ToolError(name + ": cannot write (" + std::string(std::strerror(error)) + ")", E_FAIL, error);
     }
     text.remove_prefix(static_cast<std::size_t>(n));
   }
@@ -95,9 +95,10 @@ std::string ReadInput(const std::string& path) {
     if (fd < 0) {
       const int error = errno;
       throw ToolError(path + ": " +
-                      (error == ENOENT || error == EACCES || error == EPERM || error == EISDIR
-                           ? Reason(error)
-                           : "cannot read (" + Reason(error) + ")"));
+                          (error == ENOENT || error == EACCES || error == EPERM || error == EISDIR
+                               ? Reason(error)
+                               : "cannot read (" + Reason(error) + ")"),
+                      E_FAIL, error);
     }
     try {
       text = ReadAll(fd, path);
@@ -108,7 +109,7 @@ std::string ReadInput(const std::string& path) {
     close(fd);
   }
   if (const std::optional<std::size_t> offset = FindInvalidUtf8(text)) {
-    throw ToolError(path + ": not UTF-8 (invalid byte at offset " + std::to_string(*offset) + ")");
+    throw ToolError(path + ": not UTF-8 (invalid byte at offset " + std::to_string(*offset) + ")", ZAN_E_INVALIDDATA);
   }
   return text;
 }
@@ -136,7 +137,7 @@ Output::Output(const std::string& path) : name_(path.empty() || path == "-" ? "s
     fd_ = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (fd_ < 0) {
       const int error = errno;
-      throw ToolError(path + ": cannot write (" + std::string(std::strerror(error)) + ")");
+      throw ToolError(path + ": cannot write (" + std::string(std::strerror(error)) + ")", E_FAIL, error);
     }
     ownsFd_ = true;
     return;
@@ -145,7 +146,7 @@ Output::Output(const std::string& path) : name_(path.empty() || path == "-" ? "s
   fd_ = mkstemp(pattern.data());
   if (fd_ < 0) {
     const int error = errno;
-    throw ToolError(path + ": cannot write (" + std::string(std::strerror(error)) + ")");
+    throw ToolError(path + ": cannot write (" + std::string(std::strerror(error)) + ")", E_FAIL, error);
   }
   ownsFd_ = true;
   temporary_ = pattern;
@@ -185,11 +186,11 @@ void Output::Commit() {
     ownsFd_ = false;
     if (close(fd) != 0) {
       const int error = errno;
-      throw ToolError(name_ + ": cannot write (" + std::string(std::strerror(error)) + ")");
+      throw ToolError(name_ + ": cannot write (" + std::string(std::strerror(error)) + ")", E_FAIL, error);
     }
     if (rename(temporary_.c_str(), target_.c_str()) != 0) {
       const int error = errno;
-      throw ToolError(name_ + ": cannot write (" + std::string(std::strerror(error)) + ")");
+      throw ToolError(name_ + ": cannot write (" + std::string(std::strerror(error)) + ")", E_FAIL, error);
     }
   }
   committed_ = true;

@@ -10,10 +10,19 @@
 
 namespace kova::tool {
 
-// A failure the tool reports as one line on standard error ("kova-mapping: " + what()).
+// A failure the tool reports as one line on standard error ("kova-mapping: " + what()), with the
+// library's status when a library call failed (E_FAIL otherwise), and the system's error number
+// when a file could not be read or written (0 otherwise).
 class ToolError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit ToolError(const std::string& what, HRESULT status = E_FAIL, int osError = 0)
+      : std::runtime_error(what), status_(status), osError_(osError) {}
+  HRESULT status() const { return status_; }
+  int osError() const { return osError_; }
+
+ private:
+  HRESULT status_;
+  int osError_;
 };
 
 // "0x80004005": the status as eight upper-case hexadecimal digits.
