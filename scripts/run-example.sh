@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# Builds KOVAMappingServices and its kova-mapping tool (release preset), then runs the tool on the
-# shipped example documents (examples/documents) and runs the example program.
+# Builds KOVAMappingServices, its kova-mapping tool and its Python package (release preset), then
+# runs the tool on the shipped example documents (examples/documents), the example program and the
+# Python example.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup-debian.sh
 cmake --preset release >/dev/null
-cmake --build --preset release --target kova-mapping build_table
+cmake --build --preset release --target kova-mapping build_table _kovamapping
 tool=./build/release/tools/kova-mapping/kova-mapping
 docs=examples/documents
 
@@ -24,3 +25,7 @@ echo "== kova-mapping dump: the table and its custom data"
 echo
 echo "== The example program: a table built with the library's API, its dump in the diagnostic log"
 ActivateKOVALogger=1 ./build/release/examples/build_table
+
+echo
+echo "== The Python package: read, change, write and audit the example documents"
+PYTHONPATH="$PWD/build/release/python" /usr/bin/python3 examples/python/first_steps.py "$docs"

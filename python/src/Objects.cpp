@@ -34,6 +34,16 @@ std::int32_t Int32(const py::int_& value, const char* what) {
   return static_cast<std::int32_t>(number);
 }
 
+py::object NotImplemented() { return py::reinterpret_borrow<py::object>(Py_NotImplemented); }
+
+// work(handle) for a Reference or an Instance, otherwise the answer for any other object.
+template <class Result, class Work>
+Result WithMappingObject(const py::object& other, Result otherwise, Work work) {
+  if (py::isinstance<KOVAMappingReference>(other)) return work(other.cast<const KOVAMappingReference&>());
+  if (py::isinstance<KOVAMappingInstance>(other)) return work(other.cast<const KOVAMappingInstance&>());
+  return otherwise;
+}
+
 // "Reference(kova_id='A', plexo_id='P', stamp='abc', stamp_version=2)"
 template <class Handle>
 std::string Repr(const char* kind, const Handle& handle) {
@@ -103,17 +113,10 @@ void BindCommon(py::class_<Handle>& cls, const char* kind) {
       .def(
           "shares",
           [](const Handle& self, const py::object& other) {
-            if (py::isinstance<KOVAMappingReference>(other)) {
-              return static_cast<const void*>(
-                         KOVAPrivateAccess::GetPrivate(other.cast<const KOVAMappingReference&>()).get()) ==
-                     static_cast<const void*>(KOVAPrivateAccess::GetPrivate(self).get());
-            }
-            if (py::isinstance<KOVAMappingInstance>(other)) {
-              return static_cast<const void*>(
-                         KOVAPrivateAccess::GetPrivate(other.cast<const KOVAMappingInstance&>()).get()) ==
-                     static_cast<const void*>(KOVAPrivateAccess::GetPrivate(self).get());
-            }
-            return false;
+            const void* object = KOVAPrivateAccess::GetPrivate(self).get();
+            return WithMappingObject(other, false, [object](const auto& handle) {
+              return static_cast<const void*>(KOVAPrivateAccess::GetPrivate(handle).get()) == object;
+            });
           },
           py::arg("other"),
           "Whether both Python objects hold the same mapping object, so that a change through one is seen "
@@ -121,25 +124,16 @@ void BindCommon(py::class_<Handle>& cls, const char* kind) {
       .def(
           "__eq__",
           [](const Handle& self, const py::object& other) -> py::object {
-            if (py::isinstance<KOVAMappingReference>(other)) {
-              return py::bool_(self == other.cast<const KOVAMappingReference&>());
-            }
-            if (py::isinstance<KOVAMappingInstance>(other)) {
-              return py::bool_(self == other.cast<const KOVAMappingInstance&>());
-            }
-            return py::reinterpret_borrow<py::object>(Py_NotImplemented);
+            return WithMappingObject(other, NotImplemented(),
+                                     [&self](const auto& handle) -> py::object { return py::bool_(self == handle); });
           },
           py::is_operator())
       .def(
           "__ne__",
           [](const Handle& self, const py::object& other) -> py::object {
-            if (py::isinstance<KOVAMappingReference>(other)) {
-              return py::bool_(!(self == other.cast<const KOVAMappingReference&>()));
-            }
-            if (py::isinstance<KOVAMappingInstance>(other)) {
-              return py::bool_(!(self == other.cast<const KOVAMappingInstance&>()));
-            }
-            return py::reinterpret_borrow<py::object>(Py_NotImplemented);
+            return WithMappingObject(other, NotImplemented(), [&self](const auto& handle) -> py::object {
+              return py::bool_(!(self == handle));
+            });
           },
           py::is_operator())
       .def("__repr__", [kind](const Handle& self) { return Repr(kind, self); });
