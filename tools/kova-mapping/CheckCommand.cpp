@@ -2,7 +2,7 @@
 #include <string>
 
 #include "Commands.h"
-#include "Documents.h"
+#include "DocumentCheck.h"
 #include "Io.h"
 #include "Status.h"
 #include "Text.h"
@@ -13,28 +13,17 @@ int RunCheck(const CheckOptions& options) {
   Output out(options.output);
   bool allRead = true;
   for (const std::string& file : options.files) {
-    std::string text;
-    try {
-      text = ReadInput(file);
-    } catch (const ToolError& error) {
+    const DocumentSummary summary = CheckFile(file, DocumentCheckOptions{});
+    allRead = allRead && summary.ok;
+    if (options.json) {
+      out.Write(SummaryRecord(file, summary, false, false).Text() + "\n");
+    } else if (summary.inputError) {
       out.Flush();
-      PrintError(error.what());
-      allRead = false;
+      PrintError(SummaryText(summary));
       continue;
-    }
-    DocumentRead read = ReadDocument(text);
-    std::string line = OneLine(file) + ": ";
-    if (read.Ok()) {
-      const std::optional<std::string> root = RootId(read.table);
-      line += "ok, version " + std::to_string(RecordedVersion(read.table)) + ", " +
-              std::to_string(read.table.GetReferences().size()) + " references, " +
-              std::to_string(read.table.GetInstances().size()) + " instances, " +
-              (root ? "root " + OneLine(*root) : std::string("no root"));
     } else {
-      line += read.ErrorText();
-      allRead = false;
+      out.Write(OneLine(file) + ": " + SummaryText(summary) + "\n");
     }
-    out.Write(line + "\n");
     out.Flush();
   }
   out.Commit();

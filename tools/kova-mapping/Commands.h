@@ -9,10 +9,11 @@
 
 namespace kova::tool {
 
-// check FILE...: one line a document; 0 when all read, 1 otherwise.
+// check FILE...: one line a document (one JSON record with json); 0 when all read, 1 otherwise.
 struct CheckOptions {
   std::vector<std::string> files;
   std::string output;
+  bool json = false;
 };
 int RunCheck(const CheckOptions& options);
 

@@ -51,6 +51,7 @@ int Run(int argc, char** argv) {
   CLI::App* checkCommand =
       app.add_subcommand("check", "Read each document and print one line: ok with what it holds, or the error");
   checkCommand->add_option("FILE", check.files, "Mapping documents")->required();
+  checkCommand->add_flag("--json", check.json, "One JSON record a document (NDJSON), unreadable files included");
   AddOutput(*checkCommand, check.output);
   checkCommand->footer("Exit status: 0 when every document reads, 1 otherwise, 2 on a usage error.");
 
