@@ -167,6 +167,16 @@ ZANIKnwParm_var Convert(const Slot& slot, const std::string& where) {
 
 }  // namespace
 
+AttributeMap AttributesOf(const ZANOmxJsonObject& object, const std::string& name) {
+  std::vector<ZANUnicodeString> keys;
+  object.GetKeys(keys);
+  AttributeMap attributes;
+  for (const ZANUnicodeString& key : keys) {
+    attributes[key] = Convert(Slot(object, key), name + ": attribute " + JsonQuoted(key.View()));
+  }
+  return attributes;
+}
+
 AttributeMap ReadAttributes(const std::string& text, const std::string& name) {
   ZANOmxJsonObject root;
   const HRESULT loaded = root.LoadFromString(ZANUnicodeString(text));
@@ -174,13 +184,7 @@ AttributeMap ReadAttributes(const std::string& text, const std::string& name) {
     throw ToolError(name + ": not JSON (error " + FormatStatus(loaded) + ": " + StatusMeaning(loaded) + ")");
   }
   if (!root.IsValidJsonObject()) throw ToolError(name + ": not a JSON object of attribute names and values");
-  std::vector<ZANUnicodeString> keys;
-  root.GetKeys(keys);
-  AttributeMap attributes;
-  for (const ZANUnicodeString& key : keys) {
-    attributes[key] = Convert(Slot(root, key), name + ": attribute " + JsonQuoted(key.View()));
-  }
-  return attributes;
+  return AttributesOf(root, name);
 }
 
 }  // namespace kova::tool

@@ -13,6 +13,7 @@
 #define KOVA_TOOLS_KOVA_MAPPING_ATTRIBUTES_H_
 
 #include <KOVAMappingServices/ZANKnwParms.h>
+#include <KOVAMappingServices/ZANOmxJson.h>
 #include <KOVAMappingServices/ZANUnicodeString.h>
 
 #include <map>
@@ -21,6 +22,9 @@
 namespace kova::tool {
 
 using AttributeMap = std::map<ZANUnicodeString, ZANIKnwParm_var>;
+
+// The attributes of a JSON object of attribute names and values; throws as ReadAttributes does.
+AttributeMap AttributesOf(const ZANOmxJsonObject& object, const std::string& name);
 
 // The attributes of the file's text. Throws ToolError "NAME: REASON" for text that is not one
 // JSON object or a value that has no parameter form, naming the attribute (and the list element).

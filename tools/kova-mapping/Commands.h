@@ -4,6 +4,7 @@
 #define KOVA_TOOLS_KOVA_MAPPING_COMMANDS_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,10 +18,12 @@ struct CheckOptions {
 };
 int RunCheck(const CheckOptions& options);
 
-// dump FILE: the table's dump and its custom data lines; 1 when the read failed.
+// dump FILE: the table's dump and its custom data lines (one JSON record with json); 1 when the
+// read failed.
 struct DumpOptions {
   std::string file;
   std::string output;
+  bool json = false;
 };
 int RunDump(const DumpOptions& options);
 
@@ -48,6 +51,7 @@ struct StampOptions {
   std::string names;  // comma-separated; empty: every attribute of the file (map form)
   bool namesGiven = false;
   bool text = false;
+  bool json = false;  // one record: file, stamp and text
 };
 int RunStamp(const StampOptions& options);
 
@@ -65,6 +69,29 @@ struct DiffOptions {
   std::string output;
 };
 int RunDiff(const DiffOptions& options);
+
+// audit PATH...: many documents checked in parallel, then a summary; 0 when all read, 1 otherwise.
+struct AuditOptions {
+  std::vector<std::string> paths;  // files, directories (walked), "-" for a list of paths
+  std::vector<std::string> globs;  // names of the files taken from directories (default *.json, *.envelope)
+  int jobs = 0;                    // threads; 0: one a core
+  bool json = false;
+  bool stamps = false;                   // also list the stamps not in a known form
+  std::optional<bool> progress;          // the progress bar; default: when standard error is a terminal
+  std::uint64_t maxSize = 512ULL << 20;  // larger files are reported, not read
+  std::string output;
+};
+int RunAudit(const AuditOptions& options);
+
+// drift DOC ATTRIBUTES: each object's stored stamp against the stamp of its current attribute
+// values; 0 when every attribute line names an object in sync, 1 otherwise (errors are 2).
+struct DriftOptions {
+  std::string document;
+  std::string attributes;  // NDJSON, one {"kova_id": ..., "attributes": {...}} a line; "-" standard input
+  bool json = false;
+  std::string output;
+};
+int RunDrift(const DriftOptions& options);
 
 // generate: a synthetic document.
 struct GenerateOptions {

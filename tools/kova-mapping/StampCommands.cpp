@@ -7,6 +7,7 @@
 #include "Attributes.h"
 #include "Commands.h"
 #include "Io.h"
+#include "JsonLine.h"
 #include "StampComputation.h"
 #include "Status.h"
 #include "Text.h"
@@ -30,11 +31,19 @@ int RunStamp(const StampOptions& options) {
   }
   Output out(options.output);
 
-  const StampComputation result = ComputeStamp(attributes, options.namesGiven ? &names : nullptr, options.text);
+  const bool wantText = options.text || options.json;
+  const StampComputation result = ComputeStamp(attributes, options.namesGiven ? &names : nullptr, wantText);
   if (ZANFailed(result.status)) throw ToolError(options.file + ": stamp not computed: " + result.ErrorText());
-  if (options.text) {
+  if (wantText && !result.text) throw ToolError(options.file + ": the stamp service did not show its stamp text");
+  if (options.json) {
+    out.Write(JsonLine()
+                  .String("file", options.file)
+                  .String("stamp", result.stamp.View())
+                  .OptionalString("text", result.text)
+                  .Text() +
+              "\n");
+  } else if (options.text) {
     // The library's own text: the stamp service logs it just before digesting it.
-    if (!result.text) throw ToolError(options.file + ": the stamp service did not show its stamp text");
     out.Write(*result.text + "\n");
   } else {
     out.Write(std::string(result.stamp.View()) + "\n");

@@ -59,6 +59,7 @@ int Run(int argc, char** argv) {
   CLI::App* dumpCommand =
       app.add_subcommand("dump", "Print the table of a document as the library dumps it, then its custom data");
   dumpCommand->add_option("FILE", dump.file, "Mapping document")->required();
+  dumpCommand->add_flag("--json", dump.json, "One JSON record: the check's fields and the table");
   AddOutput(*dumpCommand, dump.output);
   dumpCommand->footer("Exit status: 0 when the document reads, 1 otherwise (what was read is dumped).");
 
@@ -91,6 +92,7 @@ int Run(int argc, char** argv) {
       "--names", stamp.names, "Stamp only these attributes, read from a platform object made of the file");
   namesOption->option_text("a,b,c");
   stampCommand->add_flag("--text", stamp.text, "Print the stamp text (what is digested) instead of the stamp");
+  stampCommand->add_flag("--json", stamp.json, "One JSON record: file, stamp and stamp text");
   AddOutput(*stampCommand, stamp.output);
   stampCommand->footer(
       "Values: \"text\" string, 42 integer (32 bits), 2.5 real, true/false boolean, null unset string,\n"
@@ -109,6 +111,42 @@ int Run(int argc, char** argv) {
   diffCommand->add_option("NEW", diff.newFile, "Later mapping document")->required();
   AddOutput(*diffCommand, diff.output);
   diffCommand->footer("Exit status: 0 when the tables are equal, 1 when they differ, 2 on an error.");
+
+  AuditOptions audit;
+  CLI::App* auditCommand = app.add_subcommand(
+      "audit", "Check many documents in parallel (files, directories, - for a list of paths) and summarise");
+  auditCommand
+      ->add_option("PATH", audit.paths, "Documents, directories (walked recursively), or - for paths on standard input")
+      ->required();
+  auditCommand
+      ->add_option("--glob", audit.globs, "Names of the files taken from directories (default *.json and *.envelope)")
+      ->option_text("PATTERN");
+  auditCommand->add_option("-j,--jobs", audit.jobs, "Threads (default: one a core)")->check(CLI::Range(1, 1024));
+  auditCommand->add_flag("--json", audit.json, "One JSON record a document, then a summary record (NDJSON)");
+  auditCommand->add_flag("--stamps", audit.stamps, "Also report the objects whose stored stamp is not in a known form");
+  auditCommand->add_flag("--progress,!--no-progress", audit.progress,
+                         "Show a progress bar on standard error (default: when it is a terminal)");
+  auditCommand
+      ->add_option("--max-size", audit.maxSize,
+                   "Files larger than this many bytes are reported, not read (default 512 MiB)")
+      ->option_text("BYTES");
+  AddOutput(*auditCommand, audit.output);
+  auditCommand->footer("Exit status: 0 when every document reads, 1 otherwise, 2 on a usage error.");
+
+  DriftOptions drift;
+  CLI::App* driftCommand = app.add_subcommand("drift",
+                                              "Tell which objects are out of sync: stored stamps against current "
+                                              "attribute values (needs DONOTUSE_ENABLEKSSGEN)");
+  driftCommand->add_option("DOC", drift.document, "Mapping document")->required();
+  driftCommand
+      ->add_option("ATTRIBUTES", drift.attributes,
+                   "NDJSON, one {\"kova_id\": ..., \"attributes\": {...}} a line (- for standard input)")
+      ->required();
+  driftCommand->add_flag("--json", drift.json, "One JSON record an object, then a summary record (NDJSON)");
+  AddOutput(*driftCommand, drift.output);
+  driftCommand->footer(
+      "States: in-sync, stale, no-attributes, no-stamp, not-comparable, unknown-id.\n"
+      "Exit status: 0 when every attribute line names an object in sync, 1 otherwise, 2 on an error.");
 
   GenerateOptions generate;
   std::int64_t seed = 1;
@@ -157,7 +195,7 @@ int Run(int argc, char** argv) {
     return kUsageError;
   }
 
-  const int errorStatus = diffCommand->parsed() ? 2 : 1;
+  const int errorStatus = diffCommand->parsed() || driftCommand->parsed() ? 2 : 1;
   try {
     if (checkCommand->parsed()) return RunCheck(check);
     if (dumpCommand->parsed()) return RunDump(dump);
@@ -170,6 +208,8 @@ int Run(int argc, char** argv) {
     }
     if (cesCommand->parsed()) return RunCes(ces);
     if (diffCommand->parsed()) return RunDiff(diff);
+    if (auditCommand->parsed()) return RunAudit(audit);
+    if (driftCommand->parsed()) return RunDrift(drift);
     if (generateCommand->parsed()) {
       generate.seed = static_cast<std::uint32_t>(seed);
       return RunGenerate(generate);
