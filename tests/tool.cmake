@@ -31,6 +31,9 @@ if(KOVA_BUILD_TOOLS)
   set(kova_installed_env ${KOVA_UNSET_SWITCHES} "KOVA_TEST_PREFIX=set:${KOVA_TEST_PREFIX}"
       "KOVA_MAPPING_TOOL=set:${KOVA_TEST_PREFIX}/bin/kova-mapping" "KOVA_SOURCE_DIR=set:${PROJECT_SOURCE_DIR}"
       "PYTHONDONTWRITEBYTECODE=set:1")
+  if(KOVA_SANITIZE OR KOVA_TSAN)
+    list(APPEND kova_installed_env "KOVA_SANITIZED=set:1")
+  endif()
   file(GLOB KOVA_INSTALLED_TOOL_CASES CONFIGURE_DEPENDS ${KOVA_TOOL_TESTS}/installed/*.sh)
   foreach(case IN LISTS KOVA_INSTALLED_TOOL_CASES)
     get_filename_component(name ${case} NAME_WE)
