@@ -23,6 +23,10 @@ echo "== kova-mapping dump: the table and its custom data"
 "$tool" dump "$docs/v8_gearbox.json"
 
 echo
+echo "== kova-mapping tree: the product structure"
+"$tool" tree "$docs/v12_conveyor.json"
+
+echo
 echo "== The example program: a table built with the library's API, its dump in the diagnostic log"
 ActivateKOVALogger=1 ./build/release/examples/build_table
 

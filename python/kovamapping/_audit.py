@@ -103,14 +103,18 @@ def audit(
     does not read, or a file that cannot be opened, gives a record that says so and the others go
     on. progress=True shows a progress bar on standard error.
     """
+    # The arguments are checked now, not when the iteration starts.
     items = [_item(source) for source in paths]
     count = workers if workers is not None else (os.cpu_count() or 1)
     if not isinstance(count, int) or isinstance(count, bool) or count < 1:
         raise ValueError(f"audit: workers must be a positive int, not {workers!r}")
-    bar = _Progress(len(items)) if progress else None
-    if bar is not None and not items:
-        bar.show(time.monotonic())
     run = _kovamapping._AuditRun(items, count)
+    return _records(run, _Progress(len(items)) if progress else None)
+
+
+def _records(run, bar: Optional[_Progress]) -> Iterator[AuditRecord]:
+    if bar is not None and len(run) == 0:
+        bar.show(time.monotonic())
     for fields in run:
         record = AuditRecord(*fields)
         if bar is not None:

@@ -16,6 +16,7 @@ from . import _kovamapping
 _INT32_MIN = -(2**31)
 _INT32_MAX = 2**31 - 1
 _KINDS = (bool, int, float, str, _datetime.datetime)
+_EPOCH = _datetime.datetime(1970, 1, 1, tzinfo=_datetime.timezone.utc)
 
 
 def _kind(value: Any) -> type | None:
@@ -40,8 +41,10 @@ def _scalar(value: Any, where: str) -> Any:
         value.encode("utf-8")  # a lone surrogate has no UTF-8 form: UnicodeEncodeError
         return value
     if isinstance(value, _datetime.datetime):
-        moment = value if value.tzinfo is not None else value.replace(tzinfo=_datetime.timezone.utc)
-        return {"time": math.floor(moment.timestamp())}
+        moment = value if value.utcoffset() is not None else value.replace(tzinfo=_datetime.timezone.utc)
+        # Whole seconds, rounded down, counted exactly: timestamp() is a float, which rounds
+        # 23:59:59.999999 up to the next second in far years.
+        return {"time": (moment - _EPOCH) // _datetime.timedelta(seconds=1)}
     raise TypeError(
         f"{where}: {type(value).__name__} is not an attribute value "
         "(str, int, float, bool, datetime.datetime, None or a list of one kind)"

@@ -1,6 +1,7 @@
 // _AuditRun: many documents checked by threads of their own, without the GIL, their results handed
 // to Python in the order the documents were given, with the meaning of kova-mapping audit and check
 // (DocumentCheck). Destroying the run stops its threads after the documents they are reading.
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -15,6 +16,8 @@
 namespace kova::python {
 
 namespace {
+
+constexpr std::size_t kMaxWorkers = 1024;
 
 struct Source {
   std::string path;  // the file to read, when data is not given
@@ -74,11 +77,12 @@ std::vector<Source> SourcesOf(const py::list& items, py::list& names) {
     if (data.is_none()) {
       source.isPath = true;
       source.path = py::str(fsdecode(pair[0]));
+      // A name holding a NUL would name another file: ValueError, as open() says.
+      if (source.path.find('\0') != std::string::npos) throw py::value_error("embedded null byte");
       // "-" is standard input to the tool's reader; a file of that name is "./-".
       if (source.path == "-") source.path = "./-";
     } else {
-      const py::buffer_info buffer = py::reinterpret_borrow<py::buffer>(data).request();
-      source.data.assign(static_cast<const char*>(buffer.ptr), static_cast<std::size_t>(buffer.size * buffer.itemsize));
+      source.data = std::string(ByteSource(data).View());
     }
     sources.push_back(std::move(source));
   }
@@ -92,7 +96,11 @@ void BindAudit(py::module_& module) {
       .def(py::init([](const py::list& items, std::size_t workers) {
              py::list names;
              std::vector<Source> sources = SourcesOf(items, names);
-             return std::make_unique<AuditRun>(std::move(names), std::move(sources), std::max<std::size_t>(workers, 1));
+             // The pool starts every thread it is asked for, and a thread it cannot start ends the
+             // process: no more than the documents, nor than kova-mapping audit --jobs allows (1024).
+             const std::size_t threads =
+                 std::min({std::max<std::size_t>(workers, 1), std::max<std::size_t>(sources.size(), 1), kMaxWorkers});
+             return std::make_unique<AuditRun>(std::move(names), std::move(sources), threads);
            }),
            py::arg("items"), py::arg("workers"))
       .def("__iter__", [](AuditRun& self) -> AuditRun& { return self; })

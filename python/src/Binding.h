@@ -61,6 +61,21 @@ bool ValidUtf8(std::string_view bytes, ZANUnicodeString& text);
 // bytes.decode does.
 [[noreturn]] void RaiseNotUtf8(std::string_view bytes);
 
+// The bytes of a bytes-like object, in their logical order, held for as long as this lives (GIL
+// held when it ends). A buffer that is one C-contiguous block is used where it lies; any other
+// (a strided or reversed memoryview) does not hold the bytes in that order, so they are copied,
+// as bytes(source) copies them.
+class ByteSource {
+ public:
+  explicit ByteSource(const py::object& source);
+  std::string_view View() const { return view_; }
+
+ private:
+  py::buffer_info buffer_;
+  py::object copy_;
+  std::string_view view_;
+};
+
 // Registration of each part of the module.
 void BindErrors(py::module_& module);
 void BindObjects(py::module_& module);

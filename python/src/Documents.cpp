@@ -3,6 +3,7 @@
 // unchanged meanwhile because the call holds them.
 #include <KOVAMappingServices/KOVAMappingTable.h>
 
+#include <cerrno>
 #include <string>
 #include <utility>
 
@@ -17,8 +18,16 @@ namespace kova::python {
 namespace {
 
 // The "-" of the tool's file functions means standard input or output; a file of that name is "./-".
+// The empty name, standard output to them too, names no file: FileNotFoundError, as open() says. A
+// name holding a NUL would name another file (the part before the NUL): ValueError, as open() says.
 std::string FilePath(const py::object& path) {
   std::string name = py::str(py::module_::import("os").attr("fsdecode")(path));
+  if (name.empty()) {
+    errno = ENOENT;
+    PyErr_SetFromErrnoWithFilenameObject(PyExc_OSError, path.ptr());
+    throw py::error_already_set();
+  }
+  if (name.find('\0') != std::string::npos) throw py::value_error("embedded null byte");
   return name == "-" ? "./-" : name;
 }
 
@@ -42,9 +51,8 @@ py::object Read(const py::object& source) {
     return TableOrError(read, "");
   }
   if (PyObject_CheckBuffer(source.ptr())) {
-    const py::buffer_info buffer = py::reinterpret_borrow<py::buffer>(source).request();
-    const std::string_view bytes(static_cast<const char*>(buffer.ptr),
-                                 static_cast<std::size_t>(buffer.size * buffer.itemsize));
+    const ByteSource held(source);
+    const std::string_view bytes = held.View();
     bool valid = false;
     tool::DocumentRead read;
     {

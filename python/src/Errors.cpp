@@ -62,6 +62,18 @@ bool ValidUtf8(std::string_view bytes, ZANUnicodeString& text) {
   return text.View() == bytes;
 }
 
+ByteSource::ByteSource(const py::object& source) : buffer_(py::reinterpret_borrow<py::buffer>(source).request()) {
+  if (PyBuffer_IsContiguous(buffer_.view(), 'C') != 0) {
+    view_ = std::string_view(static_cast<const char*>(buffer_.ptr),
+                             static_cast<std::size_t>(buffer_.size * buffer_.itemsize));
+    return;
+  }
+  buffer_ = py::buffer_info();
+  copy_ = py::reinterpret_steal<py::object>(PyBytes_FromObject(source.ptr()));
+  if (!copy_) throw py::error_already_set();
+  view_ = std::string_view(PyBytes_AS_STRING(copy_.ptr()), static_cast<std::size_t>(PyBytes_GET_SIZE(copy_.ptr())));
+}
+
 void RaiseNotUtf8(std::string_view bytes) {
   const std::size_t offset = tool::FindInvalidUtf8(bytes).value_or(0);
   PyObject* error = PyUnicodeDecodeError_Create("utf-8", bytes.data(), static_cast<Py_ssize_t>(bytes.size()),

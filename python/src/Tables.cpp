@@ -9,6 +9,7 @@
 #include <KOVAMappingServices/KOVAMappingTable.h>
 #include <KOVAMappingServices/KOVAPrivateAccess.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -188,21 +189,31 @@ void Remove(KOVAMappingTable& table, const py::object& item, const py::object& u
   }
   auto instance = item.cast<KOVAMappingInstance>();
   if (!under.is_none()) {
+    if (!py::isinstance<KOVAMappingReference>(under)) {
+      throw py::type_error("remove: under must be a Reference, not " + std::string(Py_TYPE(under.ptr())->tp_name));
+    }
     auto reference = under.cast<KOVAMappingReference>();
     if (ZANFailed(table.RemoveInstance(instance, reference))) {
       Refused("remove", "the instance is not under that reference of the table");
     }
     return;
   }
-  // The reference holding it: the first whose instances include the same instance.
+  // The reference holding it: the one that holds this very object, else the first whose instances
+  // include the same instance (instance ids are unique under one reference only, so an earlier
+  // reference may hold an instance the same as this object).
+  const void* object = KOVAPrivateAccess::GetPrivate(instance).get();
+  std::optional<KOVAMappingReference> holder;
   for (const KOVAMappingReference& stored : ReferencesOf(table)) {
-    for (const KOVAMappingInstance& held : InstancesOf(stored)) {
-      if (held == instance) {
-        KOVAMappingReference holder = stored;
-        if (ZANSucceeded(table.RemoveInstance(instance, holder))) return;
-      }
+    const std::vector<KOVAMappingInstance>& held = InstancesOf(stored);
+    if (std::any_of(held.begin(), held.end(), [object](const KOVAMappingInstance& other) {
+          return KOVAPrivateAccess::GetPrivate(other).get() == object;
+        })) {
+      holder = stored;
+      break;
     }
+    if (!holder && std::find(held.begin(), held.end(), instance) != held.end()) holder = stored;
   }
+  if (holder && ZANSucceeded(table.RemoveInstance(instance, *holder))) return;
   Refused("remove", "the instance is not in the table");
 }
 
@@ -263,6 +274,7 @@ time; iterating takes a snapshot, so changes made meanwhile do not disturb it.)"
       .def_property_readonly(
           "root",
           [](KOVAMappingTable& self) -> py::object {
+            WriteGate::BeforeChange();  // the look-up may build the table's index
             KOVAMappingReference root;
             if (ZANFailed(self.GetRootReference(root))) return py::none();
             return py::cast(root);

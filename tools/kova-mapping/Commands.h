@@ -67,8 +67,20 @@ struct DiffOptions {
   std::string oldFile;
   std::string newFile;
   std::string output;
+  std::string format = "text";  // "text" (lines and a summary) or "dot" (a Graphviz graph)
+  bool json = false;            // one JSON record a change, then a summary record
 };
 int RunDiff(const DiffOptions& options);
+
+// tree FILE: the product structure, as text or as a Graphviz graph; 1 when the read failed.
+struct TreeOptions {
+  std::string file;
+  std::string output;
+  std::string format = "text";  // "text" or "dot"
+  bool ascii = false;           // text drawn without box-drawing characters
+  int maxDepth = 100;           // instances below the top of a tree (kDefaultTreeDepth)
+};
+int RunTree(const TreeOptions& options);
 
 // audit PATH...: many documents checked in parallel, then a summary; 0 when all read, 1 otherwise.
 struct AuditOptions {
@@ -103,6 +115,16 @@ struct GenerateOptions {
   std::string output;
 };
 int RunGenerate(const GenerateOptions& options);
+
+// schema VERSION: the JSON Schema of mapping documents of that version (6 to 12), as installed.
+struct SchemaOptions {
+  int version = 0;
+  std::string output;
+};
+int RunSchema(const SchemaOptions& options);
+// Why text is not a version that has a schema ("13", "12.0", "0xc"), or empty when it is one: the
+// check of the command line's VERSION.
+std::string SchemaVersionProblem(const std::string& text);
 
 }  // namespace kova::tool
 

@@ -4,7 +4,8 @@
 // At most `window` items are outstanding (given and not yet taken back), so a run over a million
 // documents holds a bounded number of items and results, and no more open files than threads.
 // Submit and Next are called by one consumer thread; the work function runs on the pool's threads
-// and must not throw. Destroying the pool stops its threads after the items they are working on.
+// and must not throw. Destroying the pool stops its threads after the items they are working on. A
+// thread that cannot be started makes the constructor throw std::system_error.
 #ifndef KOVA_TOOLS_KOVA_MAPPING_ORDEREDPOOL_H_
 #define KOVA_TOOLS_KOVA_MAPPING_ORDEREDPOOL_H_
 
@@ -28,17 +29,16 @@ class OrderedPool {
       : work_(std::move(work)), window_(std::max<std::size_t>(window, 1)) {
     threads = std::max<std::size_t>(threads, 1);
     threads_.reserve(threads);
-    for (std::size_t i = 0; i < threads; ++i) threads_.emplace_back([this] { Work(); });
+    try {
+      for (std::size_t i = 0; i < threads; ++i) threads_.emplace_back([this] { Work(); });
+    } catch (...) {
+      // A thread the system cannot start: stop those started, and say so (std::system_error).
+      Stop();
+      throw;
+    }
   }
 
-  ~OrderedPool() {
-    {
-      std::lock_guard<std::mutex> lock(mutex_);
-      stop_ = true;
-    }
-    wake_.notify_all();
-    for (std::thread& thread : threads_) thread.join();
-  }
+  ~OrderedPool() { Stop(); }
 
   OrderedPool(const OrderedPool&) = delete;
   OrderedPool& operator=(const OrderedPool&) = delete;
@@ -77,6 +77,16 @@ class OrderedPool {
   }
 
  private:
+  void Stop() {
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      stop_ = true;
+    }
+    wake_.notify_all();
+    for (std::thread& thread : threads_) thread.join();
+    threads_.clear();
+  }
+
   void Work() {
     for (;;) {
       std::pair<std::size_t, Item> job;

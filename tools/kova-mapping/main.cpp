@@ -16,6 +16,7 @@
 #include "Commands.h"
 #include "Io.h"
 #include "Status.h"
+#include "Tree.h"
 
 namespace {
 
@@ -109,8 +110,36 @@ int Run(int argc, char** argv) {
       app.add_subcommand("diff", "List the references and instances added, removed, moved and changed");
   diffCommand->add_option("OLD", diff.oldFile, "Earlier mapping document")->required();
   diffCommand->add_option("NEW", diff.newFile, "Later mapping document")->required();
+  CLI::Option* diffFormat =
+      diffCommand
+          ->add_option("--format", diff.format,
+                       "text: one line a change and a summary (default); dot: both tables as a Graphviz graph, "
+                       "the changes coloured")
+          ->check(CLI::IsMember({"text", "dot"}))
+          ->option_text("text|dot");
+  diffCommand->add_flag("--json", diff.json, "One JSON record a change, then a summary record (NDJSON)")
+      ->excludes(diffFormat);
   AddOutput(*diffCommand, diff.output);
   diffCommand->footer("Exit status: 0 when the tables are equal, 1 when they differ, 2 on an error.");
+
+  TreeOptions tree;
+  CLI::App* treeCommand = app.add_subcommand(
+      "tree", "Show the product structure: each reference, its instances, what each instance instantiates");
+  treeCommand->add_option("FILE", tree.file, "Mapping document")->required();
+  treeCommand->add_option("--format", tree.format, "text: an indented tree (default); dot: a Graphviz graph")
+      ->check(CLI::IsMember({"text", "dot"}))
+      ->option_text("text|dot");
+  treeCommand->add_flag("--ascii", tree.ascii, "Draw the text tree with plain ASCII characters");
+  treeCommand
+      ->add_option("--max-depth", tree.maxDepth,
+                   "Levels of instances shown below the top of each tree (default " +
+                       std::to_string(kDefaultTreeDepth) + ", at most " + std::to_string(kMaxTreeDepth) + ")")
+      ->check(CLI::Range(0, kMaxTreeDepth))
+      ->option_text("N");
+  AddOutput(*treeCommand, tree.output);
+  treeCommand->footer(
+      "Marks: root, local, absent (no such reference), unreached (not under the root), cycle, see above\n"
+      "(instances listed earlier), depth limit. Exit status: 0 when the document reads, 1 otherwise.");
 
   AuditOptions audit;
   CLI::App* auditCommand = app.add_subcommand(
@@ -165,6 +194,15 @@ int Run(int argc, char** argv) {
   generateCommand->add_flag("--compress", generate.compress, "Write the compressed envelope");
   AddOutput(*generateCommand, generate.output);
 
+  SchemaOptions schema;
+  CLI::App* schemaCommand =
+      app.add_subcommand("schema", "Print the JSON Schema (draft 2020-12) of mapping documents of a version");
+  schemaCommand->add_option("VERSION", schema.version, "Document version, 6 to 12")
+      ->required()
+      ->check(CLI::Validator([](const std::string& text) { return SchemaVersionProblem(text); }, "6..12"));
+  AddOutput(*schemaCommand, schema.output);
+  schemaCommand->footer("Exit status: 0 on success, 1 when the output cannot be written, 2 on a usage error.");
+
   // Words before the command: an unknown option or a word that names no command would otherwise
   // be reported as a missing command.
   for (int i = 1; i < argc; ++i) {
@@ -208,12 +246,14 @@ int Run(int argc, char** argv) {
     }
     if (cesCommand->parsed()) return RunCes(ces);
     if (diffCommand->parsed()) return RunDiff(diff);
+    if (treeCommand->parsed()) return RunTree(tree);
     if (auditCommand->parsed()) return RunAudit(audit);
     if (driftCommand->parsed()) return RunDrift(drift);
     if (generateCommand->parsed()) {
       generate.seed = static_cast<std::uint32_t>(seed);
       return RunGenerate(generate);
     }
+    if (schemaCommand->parsed()) return RunSchema(schema);
   } catch (const ToolError& error) {
     PrintError(error.what());
     return errorStatus;

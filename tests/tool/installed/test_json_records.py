@@ -95,3 +95,44 @@ def test_drift_records_validate(schemas, tool, tmp_path):
         valid(schemas, "drift-record", record)
     valid(schemas, "drift-summary", summary)
     assert len(objects) == 1 + 1 + 6  # two lines, then the six objects no line named
+
+
+def test_diff_records_validate_and_say_what_the_lines_say(schemas, tool, tmp_path):
+    before = json.loads(run(tool, "convert", EXAMPLES / "v12_conveyor.json").stdout)
+    after = json.loads(json.dumps(before))
+    references = after["References"]
+    moved = references[0]["Instances"].pop()                 # an instance moves to another reference
+    references[1].setdefault("Instances", []).append(moved)
+    references[2]["PlexoId"] += "-new"                          # a reference changes
+    removed = references.pop()                                  # a reference goes
+    old, new = tmp_path / "old.json", tmp_path / "new.json"
+    old.write_text(json.dumps(before), encoding="utf-8")
+    new.write_text(json.dumps(after), encoding="utf-8")
+    result = run(tool, "diff", "--json", old, new)
+    assert result.returncode == 1
+    *changes, summary = records(result.stdout)
+    for record in changes:
+        valid(schemas, "diff-record", record)
+    valid(schemas, "diff-summary", summary)
+    lines = run(tool, "diff", old, new).stdout.splitlines()
+    assert len(lines) == len(changes) + 1
+    marks = {"removed": "-", "added": "+", "moved": ">", "changed": "~"}
+    for line, record in zip(lines, changes):
+        assert line.startswith(f"{marks[record['kind']]} {record['object']} {record['kova_id']}")
+    assert {"kind": "removed", "object": "reference", "kova_id": removed["kOVAId"], "parent": None,
+            "fields": {}} in changes
+    move = next(record for record in changes if record["kind"] == "moved")
+    assert move["kova_id"] == moved["kOVAId"]
+    assert move["fields"] == {"parent": {"old": references[0]["kOVAId"], "new": references[1]["kOVAId"]}}
+    change = next(record for record in changes if record["kind"] == "changed" and record["object"] == "reference")
+    assert change["fields"]["PlexoId"] == {"old": before["References"][2]["PlexoId"], "new": references[2]["PlexoId"]}
+    assert summary == {"summary": True, "added": 0, "removed": 1 + len(removed.get("Instances", [])), "moved": 1,
+                       "changed": sum(1 for record in changes if record["kind"] == "changed")}
+
+
+def test_diff_json_and_format_dot_exclude_each_other(tool):
+    result = run(tool, "diff", "--json", "--format", "dot", EXAMPLES / "v8_gearbox.json", EXAMPLES / "v8_gearbox.json")
+    assert result.returncode == 2
+    same = run(tool, "diff", "--json", EXAMPLES / "v8_gearbox.json", EXAMPLES / "v8_gearbox.json")
+    assert same.returncode == 0
+    assert records(same.stdout) == [{"summary": True, "added": 0, "removed": 0, "moved": 0, "changed": 0}]
