@@ -189,7 +189,8 @@ TEST(ToolDiff, CountsAnInstanceThatMovedAndChangedInBothGroups) {
   ASSERT_EQ(after.GetInstanceFromKOVAId("I1", moved), S_OK);
   moved.SetPlexoID("Pother");
   const TableDiff diff = DiffTables(before, after);
-  EXPECT_EQ(diff.Lines(), (std::vector<std::string>{"> instance I1: R1 -> R2", "~ instance I1: PlexoId PI1 -> Pother"}));
+  EXPECT_EQ(diff.Lines(),
+            (std::vector<std::string>{"> instance I1: R1 -> R2", "~ instance I1: PlexoId PI1 -> Pother"}));
   EXPECT_EQ(diff.moved, 1);
   EXPECT_EQ(diff.changed, 1);
 }

@@ -175,9 +175,8 @@ files_offered="a.json b.envelope folder"
 
 # Words of a list that start with a prefix.
 starting_with() {
-  local prefix="$1" word result=""
-  shift
-  for word in $*; do [[ $word == "$prefix"* ]] && result+="$word "; done
+  local prefix="$1" words="$2" word result=""
+  for word in $words; do [[ $word == "$prefix"* ]] && result+="$word "; done
   echo "$result"
 }
 

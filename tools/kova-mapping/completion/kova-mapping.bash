@@ -46,8 +46,7 @@ _kova_mapping_files() {
     _filedir
   else
     compopt -o filenames 2>/dev/null
-    local IFS=$'\n'
-    COMPREPLY=($(compgen -f -- "$cur"))
+    mapfile -t COMPREPLY < <(compgen -f -- "$cur")
   fi
 }
 
@@ -56,8 +55,8 @@ _kova_mapping_files() {
 _kova_mapping_option_values() {
   case $1 in
     -o | --output) _kova_mapping_files ;;
-    --format) COMPREPLY=($(compgen -W 'text dot' -- "$cur")) ;;
-    --version) COMPREPLY=($(compgen -W "$_kova_mapping_versions" -- "$cur")) ;;
+    --format) mapfile -t COMPREPLY < <(compgen -W 'text dot' -- "$cur") ;;
+    --version) mapfile -t COMPREPLY < <(compgen -W "$_kova_mapping_versions" -- "$cur") ;;
     *) COMPREPLY=() ;;
   esac
 }
@@ -67,7 +66,7 @@ _kova_mapping_option_values() {
 _kova_mapping_arguments() {
   case $1 in
     ces | generate) COMPREPLY=() ;;
-    schema) COMPREPLY=($(compgen -W "$_kova_mapping_versions" -- "$cur")) ;;
+    schema) mapfile -t COMPREPLY < <(compgen -W "$_kova_mapping_versions" -- "$cur") ;;
     *) _kova_mapping_files ;;
   esac
 }
@@ -103,9 +102,9 @@ _kova_mapping() {
   done
   if [[ -z $command ]]; then
     if [[ $cur == -* ]]; then
-      COMPREPLY=($(compgen -W "$_kova_mapping_global_options" -- "$cur"))
+      mapfile -t COMPREPLY < <(compgen -W "$_kova_mapping_global_options" -- "$cur")
     else
-      COMPREPLY=($(compgen -W "$_kova_mapping_commands" -- "$cur"))
+      mapfile -t COMPREPLY < <(compgen -W "$_kova_mapping_commands" -- "$cur")
     fi
     return 0
   fi
@@ -122,7 +121,7 @@ _kova_mapping() {
   elif [[ " $valued " == *" $prev "* ]]; then
     _kova_mapping_option_values "$prev"
   elif [[ $cur == -* ]]; then
-    COMPREPLY=($(compgen -W "$options" -- "$cur"))
+    mapfile -t COMPREPLY < <(compgen -W "$options" -- "$cur")
   else
     _kova_mapping_arguments "$command"
   fi
