@@ -40,6 +40,7 @@
 #include <utility>
 #include <vector>
 
+#include "AuditFolder.h"
 #include "BenchDocuments.h"
 
 #ifndef KOVA_PYTHON_PACKAGE_PARENT
@@ -272,50 +273,7 @@ void BM_Iterate(benchmark::State& state) {
 
 // --- Auditing documents on disk -----------------------------------------------------------------
 
-// Generated documents of about a hundred objects each (ten references of nine instances, part
-// names, as `kova-mapping generate --references 10 --instances 9 --seed N` writes them), in a
-// temporary folder made at the first use and removed when the program ends.
-class AuditFolder {
- public:
-  ~AuditFolder() {
-    if (!folder_.empty()) {
-      std::error_code ignored;
-      fs::remove_all(folder_, ignored);
-    }
-  }
-
-  // The paths of the first count documents, written when missing.
-  std::vector<std::string> Paths(std::size_t count) {
-    if (folder_.empty()) {
-      std::string pattern = (fs::temp_directory_path() / "kova-bench-audit-XXXXXX").string();
-      if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a temporary folder");
-      folder_ = pattern;
-    }
-    while (paths_.size() < count) {
-      kova::generator::Options options;
-      options.shape = kova::generator::Shape::kGrid;
-      options.references = 10;
-      options.instances = 9;
-      options.seed = static_cast<std::uint32_t>(paths_.size() + 1);
-      std::ostringstream name;
-      name << "document-" << paths_.size() << ".json";
-      const std::string path = (folder_ / name.str()).string();
-      std::ofstream out(path, std::ios::binary);
-      kova::generator::WriteDocument(options, [&](std::string_view piece) {
-        out.write(piece.data(), static_cast<std::streamsize>(piece.size()));
-      });
-      if (!out) throw std::runtime_error("cannot write " + path);
-      paths_.push_back(path);
-    }
-    return {paths_.begin(), paths_.begin() + static_cast<std::ptrdiff_t>(count)};
-  }
-
- private:
-  fs::path folder_;
-  std::vector<std::string> paths_;
-};
-
-AuditFolder* gAuditFolder = nullptr;
+kova::bench::AuditFolder* gAuditFolder = nullptr;
 
 std::string FileText(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
@@ -399,7 +357,7 @@ int Run(int argc, char** argv) {
   int status = 0;
   {
     py::scoped_interpreter interpreter;
-    AuditFolder folder;
+    kova::bench::AuditFolder folder;
     gAuditFolder = &folder;
     try {
       py::module_::import("sys").attr("path").attr("insert")(0, KOVA_PYTHON_PACKAGE_PARENT);

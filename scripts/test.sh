@@ -96,6 +96,9 @@ bench_smoke() {
       kova_bench_python)
         smoke_run "$logs/$name.log" 'BM_Audit/documents:1000/' "$program" "${gb[@]}" \
           --benchmark_filter='objects:10000(/|$)|documents:1000/' ;;
+      kova_bench_audit)
+        smoke_run "$logs/$name.log" 'BM_AuditSideBySide/documents:500' "$program" "${gb[@]}" \
+          --benchmark_filter='documents:500$' ;;
       kova_bench_index_memory)
         smoke_run "$logs/$name-0.log" '^0 10000 [0-9.]+ [0-9.]+$' "$program" 0 10000 &&
           smoke_run "$logs/$name-1.log" '^1 10000 [0-9.]+ [0-9.]+$' "$program" 1 10000 ;;

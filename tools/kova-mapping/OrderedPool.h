@@ -1,10 +1,12 @@
 // Work done by threads of their own on items given one by one, the results handed back in the order
-// the items were given: the engine of audits (kova-mapping audit, kovamapping.audit).
+// the items were given: the engine of audits (kova-mapping audit, kovamapping.audit). The caller of
+// Next is one of the threads of work: with one thread asked for, the pool starts none and the
+// caller does all the work, in order, with no hand-over between threads.
 //
 // At most `window` items are outstanding (given and not yet taken back), so a run over a million
 // documents holds a bounded number of items and results, and no more open files than threads.
 // Submit and Next are called by one consumer thread; the work function runs on the pool's threads
-// and must not throw. Destroying the pool stops its threads after the items they are working on. A
+// and on the consumer's, and must not throw. Destroying the pool stops its threads after the items they are working on. A
 // thread that cannot be started makes the constructor throw std::system_error.
 #ifndef KOVA_TOOLS_KOVA_MAPPING_ORDEREDPOOL_H_
 #define KOVA_TOOLS_KOVA_MAPPING_ORDEREDPOOL_H_
@@ -27,10 +29,11 @@ class OrderedPool {
  public:
   OrderedPool(std::size_t threads, std::size_t window, std::function<Result(const Item&)> work)
       : work_(std::move(work)), window_(std::max<std::size_t>(window, 1)) {
-    threads = std::max<std::size_t>(threads, 1);
-    threads_.reserve(threads);
+    // The caller of Next is one of the threads of work: the pool starts the others.
+    const std::size_t others = std::max<std::size_t>(threads, 1) - 1;
+    threads_.reserve(others);
     try {
-      for (std::size_t i = 0; i < threads; ++i) threads_.emplace_back([this] { Work(); });
+      for (std::size_t i = 0; i < others; ++i) threads_.emplace_back([this] { Work(); });
     } catch (...) {
       // A thread the system cannot start: stop those started, and say so (std::system_error).
       Stop();
@@ -65,11 +68,23 @@ class OrderedPool {
     return slots_.size();
   }
 
-  // The result of the oldest outstanding item, waiting for it; nothing when none is outstanding.
+  // The result of the oldest outstanding item; nothing when none is outstanding. While it is not
+  // ready, the caller works on the items not started yet rather than wait.
   std::optional<Result> Next() {
     std::unique_lock<std::mutex> lock(mutex_);
     if (slots_.empty()) return std::nullopt;
-    done_.wait(lock, [this] { return slots_.front().has_value(); });
+    while (!slots_.front().has_value()) {
+      if (waiting_.empty()) {
+        done_.wait(lock, [this] { return slots_.front().has_value() || !waiting_.empty(); });
+        continue;
+      }
+      std::pair<std::size_t, Item> job = std::move(waiting_.front());
+      waiting_.pop_front();
+      lock.unlock();
+      Result result = work_(job.second);
+      lock.lock();
+      slots_[job.first - taken_] = std::move(result);
+    }
     Result result = std::move(*slots_.front());
     slots_.pop_front();
     ++taken_;
