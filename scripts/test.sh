@@ -98,7 +98,7 @@ bench_smoke() {
           --benchmark_filter='objects:10000(/|$)|documents:1000/' ;;
       kova_bench_audit)
         smoke_run "$logs/$name.log" 'BM_AuditSideBySide/documents:500' "$program" "${gb[@]}" \
-          --benchmark_filter='documents:500$' ;;
+          --benchmark_filter='documents:500/' ;;
       kova_bench_index_memory)
         smoke_run "$logs/$name-0.log" '^0 10000 [0-9.]+ [0-9.]+$' "$program" 0 10000 &&
           smoke_run "$logs/$name-1.log" '^1 10000 [0-9.]+ [0-9.]+$' "$program" 1 10000 ;;
