@@ -48,23 +48,11 @@ double ToolAudit(const std::string& folder, int jobs) {
 
 // The library reading every document, on threads taking the next document in turn.
 double LibraryRead(const std::vector<std::string>& paths, int threads) {
-  std::atomic<std::size_t> next{0};
-  std::atomic<bool> failed{false};
-  const auto work = [&] {
-    for (std::size_t i = next++; i < paths.size(); i = next++) {
-      KOVAMappingTable table;
-      const ZANUnicodeString text = ZANUnicodeString::FromValidUTF8(kova::tool::ReadInput(paths[i]));
-      if (KOVAMappingParser::TranslateToMappingTable(text, ZANBaseUnknown(), table) != S_OK) failed = true;
-    }
-  };
   const Clock::time_point start = Clock::now();
-  std::vector<std::thread> others;
-  for (int t = 1; t < threads; ++t) others.emplace_back(work);
-  work();
-  for (std::thread& thread : others) thread.join();
-  const double elapsed = Since(start);
-  if (failed) throw std::runtime_error("a generated document did not read");
-  return elapsed;
+  if (kova::bench::ReadWithLibrary(paths, threads) != paths.size()) {
+    throw std::runtime_error("a generated document did not read");
+  }
+  return Since(start);
 }
 
 void BM_AuditSideBySide(benchmark::State& state) {

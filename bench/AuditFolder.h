@@ -1,22 +1,29 @@
 // The documents the audit benchmarks read from disk: generated documents of about a hundred objects
 // each (ten references of nine instances, part names, as `kova-mapping generate --references 10
 // --instances 9 --seed N` writes them), in a temporary folder made at the first use and removed
-// when the folder object ends. Not thread-safe: one thread asks for the paths.
+// when the folder object ends. Not thread-safe: one thread asks for the paths. And the library's
+// own reading of them, the yardstick of the audits.
 #ifndef KOVA_BENCH_AUDITFOLDER_H_
 #define KOVA_BENCH_AUDITFOLDER_H_
 
 #include <KOVAGenerator/DocumentText.h>
 #include <KOVAGenerator/Options.h>
+#include <KOVAMappingServices/KOVAMappingParser.h>
+#include <KOVAMappingServices/KOVAMappingTable.h>
 #include <stdlib.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <thread>
+#include <utility>
 #include <vector>
 
 namespace kova::bench {
@@ -67,6 +74,29 @@ class AuditFolder {
   std::filesystem::path folder_;
   std::vector<std::string> paths_;
 };
+
+// Reads every document with the library (TranslateToMappingTable of the file's text, as a host
+// reading files does) on threads taking the next document in turn; the number that read.
+inline std::size_t ReadWithLibrary(const std::vector<std::string>& paths, int threads) {
+  std::atomic<std::size_t> next{0};
+  std::atomic<std::size_t> good{0};
+  const auto work = [&] {
+    for (std::size_t i = next++; i < paths.size(); i = next++) {
+      std::ifstream in(paths[i], std::ios::binary);
+      std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+      KOVAMappingTable table;
+      if (KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString::FromValidUTF8(std::move(text)), ZANBaseUnknown(),
+                                                     table) == S_OK) {
+        ++good;
+      }
+    }
+  };
+  std::vector<std::thread> others;
+  for (int t = 1; t < threads; ++t) others.emplace_back(work);
+  work();
+  for (std::thread& thread : others) thread.join();
+  return good;
+}
 
 }  // namespace kova::bench
 

@@ -275,11 +275,6 @@ void BM_Iterate(benchmark::State& state) {
 
 kova::bench::AuditFolder* gAuditFolder = nullptr;
 
-std::string FileText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
 void BM_Audit(benchmark::State& state) {
   Guarded(state, [&] {
     const auto count = static_cast<std::size_t>(state.range(0));
@@ -299,25 +294,9 @@ void BM_Audit(benchmark::State& state) {
     // the time of the run, the yardstick of the package's speed-up.
     const auto cxx = [&](int threads) {
       return [&, threads](bool& ok) {
-        std::atomic<std::size_t> next{0};
-        std::atomic<std::size_t> good{0};
-        const auto work = [&] {
-          for (std::size_t i = next++; i < count; i = next++) {
-            KOVAMappingTable table;
-            if (KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString::FromValidUTF8(FileText(paths[i])),
-                                                           ZANBaseUnknown(), table) == S_OK) {
-              ++good;
-            }
-          }
-        };
         const Clock::time_point start = Clock::now();
-        std::vector<std::thread> others;
-        for (int t = 1; t < threads; ++t) others.emplace_back(work);
-        work();
-        for (std::thread& thread : others) thread.join();
-        const double elapsed = Since(start);
-        ok = good == count;
-        return elapsed;
+        ok = kova::bench::ReadWithLibrary(paths, threads) == count;
+        return Since(start);
       };
     };
     std::vector<Way> ways = {
