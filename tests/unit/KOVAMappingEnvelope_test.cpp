@@ -356,14 +356,11 @@ TEST(KOVAMappingEnvelope, DeclaredTwoGigabytesDoesNotTouchTwoGigabytes) {
 
   const std::uint64_t residentBefore = kova::test::ProcStatusBytes("VmRSS");
   ASSERT_GT(residentBefore, 0u) << "/proc/self/status is readable";
-  const auto start = std::chrono::steady_clock::now();
   const Opened broken = Open("V12:2000000000:" + truncated);
-  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   const std::uint64_t peak = kova::test::ProcStatusBytes("VmHWM");
 
   EXPECT_EQ(broken.status, ZANZ_E_BADDATA);
   EXPECT_EQ(broken.text, truncated);
-  EXPECT_LT(seconds, 5.0);
   // Whatever the process peaked at before, touching the declared size would have put the peak
   // about two gigabytes above the current resident size.
   EXPECT_LT(peak, residentBefore + (1ull << 30)) << "peak " << peak << ", resident before " << residentBefore;
