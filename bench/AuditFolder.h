@@ -17,7 +17,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -82,8 +81,10 @@ inline std::size_t ReadWithLibrary(const std::vector<std::string>& paths, int th
   std::atomic<std::size_t> good{0};
   const auto work = [&] {
     for (std::size_t i = next++; i < paths.size(); i = next++) {
-      std::ifstream in(paths[i], std::ios::binary);
-      std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+      std::ifstream in(paths[i], std::ios::binary | std::ios::ate);
+      std::string text(static_cast<std::size_t>(in.tellg()), '\0');
+      in.seekg(0);
+      in.read(text.data(), static_cast<std::streamsize>(text.size()));
       KOVAMappingTable table;
       if (KOVAMappingParser::TranslateToMappingTable(ZANUnicodeString::FromValidUTF8(std::move(text)), ZANBaseUnknown(),
                                                      table) == S_OK) {
