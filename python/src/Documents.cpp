@@ -3,7 +3,9 @@
 // unchanged meanwhile because the call holds them.
 #include <KOVAMappingServices/KOVAMappingTable.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <string>
 #include <utility>
 
@@ -12,6 +14,7 @@
 #include "Io.h"
 #include "Status.h"
 #include "WriteGate.h"
+#include "platform/HugePages.h"
 
 namespace kova::python {
 
@@ -93,9 +96,31 @@ ZANUnicodeString Written(KOVAMappingTable& table, bool compress) {
   return tool::WriteDocument(shared, FormOf(compress), "table");
 }
 
+// The str of a written document. Documents are ASCII but for the texts they hold: an ASCII text
+// is copied into a new str as it is (without the GIL; its pages advised to be huge, as the C API's
+// copies are, which saves most of the page faults of a large fresh buffer); any other is decoded.
+py::object DocumentString(const ZANUnicodeString& document) {
+  const std::string_view text = document.View();
+  bool ascii = true;
+  {
+    py::gil_scoped_release released;
+    ascii = std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  }
+  if (!ascii) return py::cast(document);
+  PyObject* result = PyUnicode_New(static_cast<Py_ssize_t>(text.size()), 127);
+  if (result == nullptr) throw py::error_already_set();
+  {
+    py::gil_scoped_release released;
+    void* data = PyUnicode_DATA(result);
+    kova::json::AdviseHugePages(data, text.size());
+    std::memcpy(data, text.data(), text.size());
+  }
+  return py::reinterpret_steal<py::object>(result);
+}
+
 py::object ToJson(KOVAMappingTable& table, bool compress) {
   try {
-    return py::cast(Written(table, compress));
+    return DocumentString(Written(table, compress));
   } catch (const tool::ToolError& error) {
     RaiseToolError(error);
   }
