@@ -6,8 +6,8 @@
 // At most `window` items are outstanding (given and not yet taken back), so a run over a million
 // documents holds a bounded number of items and results, and no more open files than threads.
 // Submit and Next are called by one consumer thread; the work function runs on the pool's threads
-// and on the consumer's, and must not throw. Destroying the pool stops its threads after the items they are working on. A
-// thread that cannot be started makes the constructor throw std::system_error.
+// and on the consumer's, and must not throw. Destroying the pool stops its threads after the items they are working on.
+// A thread that cannot be started makes the constructor throw std::system_error.
 #ifndef KOVA_TOOLS_KOVA_MAPPING_ORDEREDPOOL_H_
 #define KOVA_TOOLS_KOVA_MAPPING_ORDEREDPOOL_H_
 
